@@ -1,0 +1,74 @@
+#include "FileUrl.h"
+
+#include <unistd.h>
+
+#include <QFile>
+#include <QList>
+#include <climits>
+#include <cstdlib>
+
+namespace lumagrid {
+
+namespace {
+
+QByteArray workingDirectory() {
+  char buffer[PATH_MAX];
+  const char* directory = ::getcwd(buffer, sizeof buffer);
+  return directory ? QByteArray(directory) : QByteArray("/");
+}
+
+// Where ".." follows a symbolic link, only the system knows what it means.
+QByteArray resolvedParents(const QByteArray& path) {
+  char buffer[PATH_MAX];
+  return ::realpath(path.constData(), buffer) ? QByteArray(buffer) : path;
+}
+
+}  // namespace
+
+FileUrl FileUrl::fromPath(const QByteArray& path) {
+  FileUrl url;
+  if (path.isEmpty()) return url;
+  QByteArray absolute = path.startsWith('/') ? path : workingDirectory() + '/' + path;
+  if (absolute.contains("/../") || absolute.endsWith("/..")) absolute = resolvedParents(absolute);
+  QList<QByteArray> components;
+  for (const QByteArray& component : absolute.split('/')) {
+    if (component.isEmpty() || component == ".") continue;
+    if (component == "..") {
+      if (!components.isEmpty()) components.removeLast();
+    } else {
+      components.append(component);
+    }
+  }
+  url.m_path = '/' + components.join('/');
+  return url;
+}
+
+FileUrl FileUrl::fromPath(const QString& path) {
+  return fromPath(QFile::encodeName(path));
+}
+
+FileUrl FileUrl::child(const FileUrl& folder, QByteArrayView name) {
+  FileUrl url;
+  url.m_path.reserve(folder.m_path.size() + 1 + name.size());
+  url.m_path.append(folder.m_path);
+  if (!url.m_path.endsWith('/')) url.m_path.append('/');
+  url.m_path.append(name);
+  return url;
+}
+
+QByteArrayView FileUrl::lastPathComponent() const {
+  if (m_path.size() <= 1) return m_path;
+  return QByteArrayView(m_path).sliced(m_path.lastIndexOf('/') + 1);
+}
+
+FileUrl FileUrl::parent() const {
+  FileUrl url;
+  if (!m_path.isEmpty()) url.m_path = m_path.first(std::max<qsizetype>(1, m_path.lastIndexOf('/')));
+  return url;
+}
+
+QString FileUrl::displayName() const {
+  return QString::fromUtf8(lastPathComponent());
+}
+
+}  // namespace lumagrid

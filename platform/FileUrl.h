@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHashFunctions>
+#include <QString>
+#include <compare>
+
+namespace lumagrid {
+
+// The absolute path of a file or folder, as the bytes that the system uses (a name need not be UTF-8).
+// Always clean: absolute, no trailing slash, no empty, "." or ".." components; so two URLs of the same path are equal
+// however they were made. Symbolic links are not resolved. Compared whole, byte by byte. A value; any thread.
+class FileUrl {
+ public:
+  FileUrl() = default;
+
+  // A relative path is taken from the process's working directory. An empty path gives an empty URL.
+  [[nodiscard]] static FileUrl fromPath(const QByteArray& path);
+  [[nodiscard]] static FileUrl fromPath(const QString& path);
+
+  // The file `name` (one component) directly inside `folder`, without cleaning: for names that a listing returned.
+  [[nodiscard]] static FileUrl child(const FileUrl& folder, QByteArrayView name);
+
+  [[nodiscard]] bool isEmpty() const { return m_path.isEmpty(); }
+  [[nodiscard]] const QByteArray& path() const { return m_path; }
+
+  // The name after the last slash; "/" for the root.
+  [[nodiscard]] QByteArrayView lastPathComponent() const;
+
+  // The folder that holds it; the root holds itself.
+  [[nodiscard]] FileUrl parent() const;
+
+  // The last path component as text to show: bytes that are not UTF-8 become U+FFFD.
+  [[nodiscard]] QString displayName() const;
+
+  friend bool operator==(const FileUrl&, const FileUrl&) = default;
+  friend size_t qHash(const FileUrl& url, size_t seed = 0) { return qHash(url.m_path, seed); }
+
+ private:
+  QByteArray m_path;
+};
+
+}  // namespace lumagrid

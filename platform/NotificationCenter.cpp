@@ -1,0 +1,3 @@
+#include "NotificationCenter.h"
+
+#include "moc_NotificationCenter.cpp"

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QPoint>
+#include <QString>
+#include <functional>
+#include <vector>
+
+class QWindow;
+
+namespace lumagrid {
+
+// One line of a menu. Titles are plain text: an "&" is shown, and never marks a mnemonic.
+struct MenuEntry {
+  enum class Mark { none, check };
+
+  QString title;  // empty: a separator
+  Mark mark = Mark::none;
+  QString shortcut;  // shown beside the title, in portable form ("Ctrl+Q"); the menu does not listen for it
+  std::function<void()> action;
+  std::vector<MenuEntry> submenu;
+};
+
+// The desktop's popup menu. Main thread.
+class PopupMenu {
+ public:
+  virtual ~PopupMenu() = default;
+
+  // Opens the menu with its top left at `position` (screen points), above `window`, and returns at once. `closed` runs
+  // when it has gone, after the chosen entry's action. A menu that is still open is closed first.
+  virtual void open(QWindow* window, QPoint position, std::vector<MenuEntry> entries, std::function<void()> closed) = 0;
+};
+
+}  // namespace lumagrid
