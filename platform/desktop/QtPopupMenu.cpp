@@ -1,0 +1,83 @@
+#include "QtPopupMenu.h"
+
+#include <QAction>
+#include <QKeySequence>
+#include <QMenu>
+#include <utility>
+
+#include "DialogWindow.h"
+#include "WidgetPalette.h"
+
+namespace lumagrid {
+
+namespace {
+
+// A tab would start the shortcut's column, a line break would be drawn as one.
+QString plainTitle(const QString& title) {
+  QString plain = title;
+  plain.replace(QLatin1Char('&'), QLatin1String("&&"));
+  for (const char control : {'\t', '\n', '\r'}) plain.replace(QLatin1Char(control), QLatin1Char(' '));
+  return plain;
+}
+
+// The shortcut stands in the text, where nothing listens for it.
+QString actionText(const MenuEntry& entry) {
+  if (entry.shortcut.isEmpty()) return plainTitle(entry.title);
+  const QKeySequence keys = QKeySequence::fromString(entry.shortcut, QKeySequence::PortableText);
+  return plainTitle(entry.title) + QLatin1Char('\t') + keys.toString(QKeySequence::NativeText);
+}
+
+}  // namespace
+
+QtPopupMenu::QtPopupMenu(WidgetPalette& palette) : m_palette(palette) {}
+QtPopupMenu::~QtPopupMenu() = default;
+
+void QtPopupMenu::open(QWindow* window, QPoint position, std::vector<MenuEntry> entries, std::function<void()> closed) {
+  if (m_menu) {
+    m_menu->close();
+    finish();
+  }
+  m_palette.apply();
+  m_menu = std::make_unique<QMenu>();
+  m_closed = std::move(closed);
+  add(*m_menu, std::move(entries));
+  QObject::connect(m_menu.get(), &QMenu::aboutToHide, m_menu.get(), [this, menu = m_menu.get()] {
+    // The chosen entry is told after the hiding, within the same event.
+    QMetaObject::invokeMethod(
+        menu,
+        [this, menu] {
+          if (menu == m_menu.get()) finish();
+        },
+        Qt::QueuedConnection);
+  });
+  setTransientParent(*m_menu, window);
+  m_menu->popup(position);
+}
+
+void QtPopupMenu::add(QMenu& menu, std::vector<MenuEntry> entries) {
+  for (MenuEntry& entry : entries) {
+    if (entry.title.isEmpty()) {
+      menu.addSeparator();
+    } else if (!entry.submenu.empty()) {
+      add(*menu.addMenu(plainTitle(entry.title)), std::move(entry.submenu));
+    } else {
+      QAction* action = menu.addAction(actionText(entry));
+      action->setCheckable(entry.mark == MenuEntry::Mark::check);
+      action->setChecked(action->isCheckable());
+      action->setEnabled(bool(entry.action));
+      QObject::connect(action, &QAction::triggered, action,
+                       [this, chosen = std::move(entry.action)] { m_chosen = chosen; });
+    }
+  }
+}
+
+void QtPopupMenu::finish() {
+  // Everything is taken along: an action may open the next menu. The menu may still be handling an event.
+  m_menu.release()->deleteLater();
+  const auto chosen = std::exchange(m_chosen, nullptr);
+  const auto closed = std::exchange(m_closed, nullptr);
+  if (chosen) chosen();
+  if (closed) closed();
+}
+
+}  // namespace lumagrid

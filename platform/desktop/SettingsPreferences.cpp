@@ -1,0 +1,29 @@
+#include "SettingsPreferences.h"
+
+#include <QStandardPaths>
+
+namespace lumagrid {
+
+SettingsPreferences::SettingsPreferences()
+    : m_settings(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                     QLatin1String("/lumagrid/lumagrid.conf"),
+                 QSettings::IniFormat) {}
+
+std::optional<QStringList> SettingsPreferences::stringArray(const QString& key) const {
+  if (!m_settings.contains(key)) return std::nullopt;
+  const QVariant value = m_settings.value(key);
+  if (!value.isValid()) return QStringList();  // how the file holds an empty list
+  // A list of one entry is held as that entry.
+  if (value.typeId() != QMetaType::QStringList && value.typeId() != QMetaType::QString) return std::nullopt;
+  return value.toStringList();
+}
+
+void SettingsPreferences::set(const QString& key, const QStringList& value) {
+  m_settings.setValue(key, value);
+}
+
+void SettingsPreferences::removeObject(const QString& key) {
+  m_settings.remove(key);
+}
+
+}  // namespace lumagrid
