@@ -1,0 +1,177 @@
+#include "ColorConversion.h"
+
+#include <lcms2.h>
+
+#include <array>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "MemoryCache.h"
+
+namespace lumagrid {
+namespace {
+
+struct CloseProfile {
+  void operator()(void* profile) const { cmsCloseProfile(profile); }
+};
+struct DeleteTransform {
+  void operator()(void* transform) const { cmsDeleteTransform(transform); }
+};
+using Profile = std::unique_ptr<void, CloseProfile>;
+using Transform = std::unique_ptr<void, DeleteTransform>;
+
+enum class Depth : unsigned char { bits8, bits16 };
+
+struct Conversion {
+  Transform transform;  // null: the pixels stay as they are
+  ColorModel model = ColorModel::rgb;
+  std::array<quint32, 256> grays{};  // the pixel of each gray, for gray profiles
+};
+
+bool isInks(ColorModel model) {
+  return model == ColorModel::cmyk || model == ColorModel::invertedCmyk;
+}
+
+cmsUInt32Number sourceType(ColorModel model, Depth depth) {
+  switch (model) {
+    case ColorModel::gray:
+      return TYPE_GRAY_8;
+    case ColorModel::rgb:
+      return depth == Depth::bits8 ? TYPE_RGBA_8 : TYPE_RGBA_16;
+    case ColorModel::cmyk:
+      return TYPE_CMYK_8;
+    case ColorModel::invertedCmyk:
+      return TYPE_CMYK_8_REV;
+  }
+  return 0;
+}
+
+// True when no colour of a coarse lattice, and no gray, moves by more than a rounding.
+bool isIdentity(cmsHTRANSFORM transform) {
+  std::vector<std::array<uchar, 4>> colors;
+  constexpr int kStep = 51;
+  for (int red = 0; red < 256; red += kStep) {
+    for (int green = 0; green < 256; green += kStep) {
+      for (int blue = 0; blue < 256; blue += kStep) {
+        colors.push_back({static_cast<uchar>(red), static_cast<uchar>(green), static_cast<uchar>(blue), 255});
+      }
+    }
+  }
+  for (int gray = 0; gray < 256; ++gray) {
+    const auto value = static_cast<uchar>(gray);
+    colors.push_back({value, value, value, 255});
+  }
+  auto converted = colors;
+  cmsDoTransform(transform, colors.data(), converted.data(), static_cast<cmsUInt32Number>(colors.size()));
+  for (size_t index = 0; index < colors.size(); ++index) {
+    for (size_t channel = 0; channel < 3; ++channel) {
+      if (std::abs(colors[index][channel] - converted[index][channel]) > 1) return false;
+    }
+  }
+  return true;
+}
+
+Transform makeTransform(cmsHPROFILE profile, ColorModel model, Depth depth) {
+  const Profile srgb(cmsCreate_sRGBProfile());
+  cmsUInt32Number flags = cmsFLAGS_NOCACHE;  // the cache of one pixel is shared by the users of a transform
+  if (model == ColorModel::rgb) flags |= cmsFLAGS_COPY_ALPHA;
+  return Transform(
+      cmsCreateTransform(profile, sourceType(model, depth), srgb.get(), TYPE_RGBA_8, INTENT_PERCEPTUAL, flags));
+}
+
+std::shared_ptr<const Conversion> makeConversion(const QByteArray& iccProfile, ColorModel model, Depth depth) {
+  auto conversion = std::make_shared<Conversion>();
+  const Profile profile(cmsOpenProfileFromMem(iccProfile.constData(), static_cast<cmsUInt32Number>(iccProfile.size())));
+  if (!profile) return conversion;
+  const cmsColorSpaceSignature space = cmsGetColorSpace(profile.get());
+  // A gray picture may carry an RGB profile: its values stand in all three channels.
+  if (model == ColorModel::gray && space == cmsSigRgbData) model = ColorModel::rgb;
+  conversion->model = model;
+  const cmsColorSpaceSignature wanted = isInks(model)               ? cmsSigCmykData
+                                        : model == ColorModel::gray ? cmsSigGrayData
+                                                                    : cmsSigRgbData;
+  if (space != wanted) return conversion;
+  conversion->transform = makeTransform(profile.get(), model, depth);
+  if (!conversion->transform) return conversion;
+  if (model == ColorModel::rgb) {
+    const Transform sampled = depth == Depth::bits16 ? makeTransform(profile.get(), model, Depth::bits8) : nullptr;
+    if (isIdentity(sampled ? sampled.get() : conversion->transform.get())) conversion->transform.reset();
+  } else if (model == ColorModel::gray) {
+    std::array<uchar, 256> values{};
+    for (size_t gray = 0; gray < values.size(); ++gray) values[gray] = static_cast<uchar>(gray);
+    cmsDoTransform(conversion->transform.get(), values.data(), conversion->grays.data(), values.size());
+  }
+  return conversion;
+}
+
+// Transforms are costly to make (up to 20 ms for tables), and a folder's photos share a few profiles.
+std::shared_ptr<const Conversion> conversionFor(const QByteArray& iccProfile, ColorModel model, Depth depth) {
+  struct HashOfBytes {
+    size_t operator()(const QByteArray& bytes) const { return qHash(bytes); }
+  };
+  static MemoryCache<QByteArray, std::shared_ptr<const Conversion>, HashOfBytes> cache(size_t{32} << 20);
+  constexpr size_t kTablesOfOneTransform = size_t{1} << 20;
+  QByteArray key = iccProfile;
+  key += static_cast<char>(model);
+  key += static_cast<char>(depth);
+  if (auto known = cache.object(key)) return *known;
+  auto made = makeConversion(iccProfile, model, depth);
+  cache.setObject(key, made, static_cast<size_t>(key.size()) + kTablesOfOneTransform);
+  return made;
+}
+
+// Each ink takes its share of the light that the black leaves.
+void filterLight(uchar* pixel, int count, ColorModel model) {
+  const int invert = model == ColorModel::cmyk ? 255 : 0;
+  for (uchar* const end = pixel + qsizetype{count} * 4; pixel != end; pixel += 4) {
+    const int light = pixel[3] ^ invert;
+    for (int channel = 0; channel < 3; ++channel) {
+      pixel[channel] = static_cast<uchar>(((pixel[channel] ^ invert) * light + 127) / 255);
+    }
+    pixel[3] = 255;
+  }
+}
+
+void setOpaque(uchar* pixel, int count) {
+  for (uchar* const end = pixel + qsizetype{count} * 4; pixel != end; pixel += 4) pixel[3] = 255;
+}
+
+void convertRow(const Conversion& conversion, ColorModel model, uchar* row, int count) {
+  cmsHTRANSFORM transform = conversion.transform.get();
+  if (isInks(model)) {
+    if (!transform) return filterLight(row, count, model);
+    cmsDoTransform(transform, row, row, static_cast<cmsUInt32Number>(count));
+    setOpaque(row, count);
+  } else if (conversion.model == ColorModel::gray) {
+    for (uchar* const end = row + qsizetype{count} * 4; row != end; row += 4) {
+      std::copy_n(reinterpret_cast<const uchar*>(&conversion.grays[*row]), 3, row);
+    }
+  } else {
+    cmsDoTransform(transform, row, row, static_cast<cmsUInt32Number>(count));
+  }
+}
+
+}  // namespace
+
+QImage convertedToSrgb(QImage pixels, ColorModel model, const QByteArray& iccProfile) {
+  const Depth depth = pixels.depth() == 64 ? Depth::bits16 : Depth::bits8;
+  const QImage::Format result = pixels.hasAlphaChannel() ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888;
+  const auto conversion =
+      iccProfile.isEmpty() ? std::make_shared<const Conversion>() : conversionFor(iccProfile, model, depth);
+  if (!conversion->transform && !isInks(model)) return std::move(pixels).convertToFormat(result);
+  if (depth == Depth::bits16 && conversion->model == ColorModel::rgb && !isInks(model)) {
+    QImage converted(pixels.size(), result);
+    for (int y = 0; y < converted.height(); ++y) {
+      cmsDoTransform(conversion->transform.get(), pixels.constScanLine(y), converted.scanLine(y),
+                     static_cast<cmsUInt32Number>(pixels.width()));
+    }
+    return converted;
+  }
+  pixels = std::move(pixels).convertToFormat(result);
+  for (int y = 0; y < pixels.height(); ++y) convertRow(*conversion, model, pixels.scanLine(y), pixels.width());
+  return pixels;
+}
+
+}  // namespace lumagrid

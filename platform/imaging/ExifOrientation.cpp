@@ -1,0 +1,51 @@
+#include "ExifOrientation.h"
+
+#include <QtEndian>
+
+namespace lumagrid {
+namespace {
+
+constexpr int kUpright = 1;
+constexpr quint16 kOrientationTag = 274;
+constexpr quint16 kTypeShort = 3;
+constexpr quint16 kTypeLong = 4;
+constexpr qsizetype kEntryBytes = 12;
+
+struct Reader {
+  QByteArrayView bytes;
+  bool isBigEndian = false;
+
+  template <typename Number>
+  [[nodiscard]] Number at(qsizetype offset) const {
+    const char* from = bytes.data() + offset;
+    return isBigEndian ? qFromBigEndian<Number>(from) : qFromLittleEndian<Number>(from);
+  }
+};
+
+}  // namespace
+
+int exifOrientation(QByteArrayView tiff) {
+  const bool isBigEndian = tiff.startsWith("MM");
+  if (tiff.size() < 8 || (!isBigEndian && !tiff.startsWith("II"))) return kUpright;
+  const Reader reader{tiff, isBigEndian};
+  const qsizetype directory = reader.at<quint32>(4);
+  if (directory > tiff.size() - 2) return kUpright;
+  const qsizetype entryCount = reader.at<quint16>(directory);
+  for (qsizetype index = 0; index < entryCount; ++index) {
+    const qsizetype entry = directory + 2 + index * kEntryBytes;
+    if (entry + kEntryBytes > tiff.size()) return kUpright;
+    if (reader.at<quint16>(entry) != kOrientationTag) continue;
+    const auto type = reader.at<quint16>(entry + 2);
+    if (type != kTypeShort && type != kTypeLong) return kUpright;
+    const qint64 value = type == kTypeShort ? reader.at<quint16>(entry + 8) : reader.at<quint32>(entry + 8);
+    return value >= 1 && value <= 8 ? static_cast<int>(value) : kUpright;
+  }
+  return kUpright;
+}
+
+int exifOrientationOfBlock(QByteArrayView block) {
+  constexpr QByteArrayView kPrefix("Exif\0\0", 6);
+  return exifOrientation(block.startsWith(kPrefix) ? block.sliced(kPrefix.size()) : block);
+}
+
+}  // namespace lumagrid

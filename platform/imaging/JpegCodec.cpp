@@ -1,0 +1,80 @@
+#include <turbojpeg.h>
+
+#include <memory>
+
+#include "AreaScaling.h"
+#include "ImageCodec.h"
+#include "MemoryLimit.h"
+#include "PictureFinishing.h"
+
+namespace lumagrid {
+namespace {
+
+struct DestroyHandle {
+  void operator()(void* handle) const { tjDestroy(handle); }
+};
+using Handle = std::unique_ptr<void, DestroyHandle>;
+
+// A picture above 64 megapixels in a file that has less than one byte for 2048 of them is a lying header: the densest
+// JPEG takes one bit for a block of 64. Smaller ones may be cut short and are shown as far as they go.
+bool isLying(QSize size, qsizetype fileBytes) {
+  constexpr std::int64_t kPixelsGivenOnTrust = std::int64_t{64} << 20;
+  constexpr std::int64_t kPixelsPerByte = 2048;
+  const std::int64_t pixels = std::int64_t{size.width()} * size.height();
+  return pixels > kPixelsGivenOnTrust && pixels / kPixelsPerByte > fileBytes;
+}
+
+// The smallest of the sizes that the inverse transform can give directly and that still covers `target`.
+QSize smallestScaled(QSize stored, QSize target) {
+  for (const int eighths : {1, 2, 4}) {  // the others have no fast transform
+    const tjscalingfactor factor = {eighths, 8};
+    const QSize scaled(TJSCALED(stored.width(), factor), TJSCALED(stored.height(), factor));
+    if (scaled.width() >= target.width() && scaled.height() >= target.height()) return scaled;
+  }
+  return stored;
+}
+
+}  // namespace
+
+DecodedImage decodeJpeg(const CodecRequest& request) {
+  const JpegMetadata metadata = jpegMetadata(request.bytes);
+  if (metadata.size.isEmpty()) return {{}, ImageError::damaged};
+  if (!isPictureSizeSane(metadata.size.width(), metadata.size.height())) return {{}, ImageError::tooLarge};
+  if (isLying(metadata.size, request.bytes.size())) return {{}, ImageError::damaged};
+
+  const Handle handle(tjInitDecompress());
+  if (!handle) return {{}, ImageError::tooLarge};
+  const auto* bytes = reinterpret_cast<const unsigned char*>(request.bytes.data());
+  const auto byteCount = static_cast<unsigned long>(request.bytes.size());
+  // Its answer is not what counts (it refuses rare subsamplings that decode well): a size that differs from the one
+  // read here would leave a part of the buffer unwritten.
+  QSize size(0, 0);
+  int subsampling = 0;
+  int colorspace = 0;
+  tjDecompressHeader3(handle.get(), bytes, byteCount, &size.rwidth(), &size.rheight(), &subsampling, &colorspace);
+  if (size != metadata.size) return {{}, ImageError::damaged};
+
+  const bool isInks = metadata.componentCount == 4;
+  const QSize target = shownSize(size, metadata.pixelAspect, request.bound);
+  const QSize scaled = request.bound > 0 ? smallestScaled(size, target) : size;
+  QImage pixels(scaled, QImage::Format_RGBX8888);
+  if (pixels.isNull()) return {{}, ImageError::tooLarge};
+  // TJPF_RGBA promises what RGBX8888 needs, 255 in the fourth byte. More than 500 scans are an attack on time.
+  const int status = tjDecompress2(handle.get(), bytes, byteCount, pixels.bits(), scaled.width(),
+                                   static_cast<int>(pixels.bytesPerLine()), scaled.height(),
+                                   isInks ? TJPF_CMYK : TJPF_RGBA, TJFLAG_LIMITSCANS);
+  // A warning (data cut short, strange bytes) leaves a whole picture, gray where nothing came.
+  if (status != 0 && tjGetErrorCode(handle.get()) != TJERR_WARNING) return {{}, ImageError::damaged};
+
+  RawPicture picture;
+  picture.pixels = std::move(pixels);
+  picture.model = metadata.componentCount == 1 ? ColorModel::gray
+                  : !isInks                    ? ColorModel::rgb
+                  : metadata.hasAdobeMarker    ? ColorModel::invertedCmyk
+                                               : ColorModel::cmyk;
+  picture.metadata = metadata;
+  picture.storedSize = size;
+  return finished(std::move(picture), request.bound);
+}
+
+}  // namespace lumagrid

@@ -1,0 +1,265 @@
+#include <tiffio.h>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "ImageCodec.h"
+#include "MemoryLimit.h"
+#include "PictureFinishing.h"
+#include "TiffSamples.h"
+
+namespace lumagrid {
+namespace {
+
+// The file in memory, as the library sees it.
+struct Source {
+  QByteArrayView bytes;
+  toff_t position = 0;
+
+  static Source& of(thandle_t handle) { return *static_cast<Source*>(handle); }
+
+  static tsize_t read(thandle_t handle, void* target, tsize_t count) {
+    Source& source = of(handle);
+    const auto size = static_cast<toff_t>(source.bytes.size());
+    if (count <= 0 || source.position >= size) return 0;
+    const auto got = std::min(static_cast<toff_t>(count), size - source.position);
+    std::copy_n(source.bytes.data() + source.position, got, static_cast<char*>(target));
+    source.position += got;
+    return static_cast<tsize_t>(got);
+  }
+  static tsize_t write(thandle_t, void*, tsize_t) { return -1; }
+  static toff_t seek(thandle_t handle, toff_t offset, int whence) {
+    Source& source = of(handle);
+    if (whence == SEEK_SET) source.position = offset;
+    if (whence == SEEK_CUR) source.position += offset;
+    if (whence == SEEK_END) source.position = static_cast<toff_t>(source.bytes.size()) + offset;
+    return source.position;
+  }
+  static int close(thandle_t) { return 0; }
+  static toff_t size(thandle_t handle) { return static_cast<toff_t>(of(handle).bytes.size()); }
+  static int map(thandle_t handle, void** base, toff_t* size) {
+    const QByteArrayView bytes = of(handle).bytes;
+    *base = const_cast<char*>(bytes.data());
+    *size = static_cast<toff_t>(bytes.size());
+    return 1;
+  }
+  static void unmap(thandle_t, void*, toff_t) {}
+};
+
+using Tiff = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
+
+int ignoreMessage(TIFF*, void*, const char*, const char*, va_list) {
+  return 1;
+}
+
+Tiff open(Source& source) {
+  const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(TIFFOpenOptionsAlloc(),
+                                                                                 &TIFFOpenOptionsFree);
+  TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &ignoreMessage, nullptr);
+  TIFFOpenOptionsSetWarningHandlerExtR(options.get(), &ignoreMessage, nullptr);
+  TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(pictureByteLimit()));
+  return {TIFFClientOpenExt("picture", "r", &source, &Source::read, &Source::write, &Source::seek, &Source::close,
+                            &Source::size, &Source::map, &Source::unmap, options.get()),
+          &TIFFClose};
+}
+
+template <typename Number>
+Number fieldOr(TIFF* tiff, ttag_t tag, Number fallback) {
+  Number value{};
+  return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : fallback;
+}
+
+enum class Alpha : unsigned char { none, associated, unassociated };
+
+struct Layout {
+  QSize size;
+  SampleType type;
+  int samplesPerPixel = 1;
+  int colorCount = 1;  // of the samples; alpha follows them
+  Alpha alpha = Alpha::none;
+  ColorModel model = ColorModel::rgb;
+  bool isInverted = false;
+  bool isPlanar = false;
+};
+
+Alpha alphaOf(TIFF* tiff) {
+  quint16 count = 0;
+  quint16* kinds = nullptr;
+  if (TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1 || count == 0) return Alpha::none;
+  if (kinds[0] == EXTRASAMPLE_ASSOCALPHA) return Alpha::associated;
+  return kinds[0] == EXTRASAMPLE_UNASSALPHA ? Alpha::unassociated : Alpha::none;
+}
+
+Layout layoutOf(TIFF* tiff, QSize size) {
+  Layout layout;
+  layout.size = size;
+  layout.type.bits = fieldOr<quint16>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+  const auto format = fieldOr<quint16>(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+  if (format == SAMPLEFORMAT_INT) layout.type.kind = SampleKind::signedInteger;
+  if (format == SAMPLEFORMAT_IEEEFP) layout.type.kind = SampleKind::floatingPoint;
+  layout.samplesPerPixel = fieldOr<quint16>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+  layout.isPlanar = fieldOr<quint16>(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
+  const auto photometric = fieldOr<quint16>(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+  layout.isInverted = photometric == PHOTOMETRIC_MINISWHITE;
+  if (photometric == PHOTOMETRIC_MINISWHITE || photometric == PHOTOMETRIC_MINISBLACK) layout.model = ColorModel::gray;
+  if (photometric == PHOTOMETRIC_SEPARATED) layout.model = ColorModel::cmyk;
+  layout.colorCount = layout.model == ColorModel::gray ? 1 : layout.model == ColorModel::rgb ? 3 : 4;
+  if (layout.model != ColorModel::cmyk && layout.samplesPerPixel > layout.colorCount) layout.alpha = alphaOf(tiff);
+  return layout;
+}
+
+// Whether readSamples() knows the layout; the others (palettes, bits, YCbCr, Lab, fax, …) are the library's to turn
+// into RGBA.
+bool isDirect(TIFF* tiff, const Layout& layout) {
+  const auto photometric = fieldOr<quint16>(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+  return photometric <= PHOTOMETRIC_SEPARATED && photometric != PHOTOMETRIC_PALETTE &&
+         photometric != PHOTOMETRIC_MASK && isSupported(layout.type) && layout.samplesPerPixel >= layout.colorCount;
+}
+
+// Where one strip or tile stands in the picture, in pixels.
+struct Block {
+  int left = 0;
+  int top = 0;
+  int width = 0;        // within the picture
+  int height = 0;       // within the picture
+  int storedWidth = 0;  // of its rows in memory
+};
+
+template <typename Target>
+void copyBlock(const Layout& layout, const Block& block, const uchar* samples, int plane, QImage& pixels) {
+  const int stored = layout.isPlanar ? 1 : layout.samplesPerPixel;
+  const qsizetype sampleBytes = layout.type.bits / 8;
+  const int used = layout.colorCount + (layout.alpha == Alpha::none ? 0 : 1);
+  for (int y = 0; y < block.height; ++y) {
+    const uchar* from = samples + qsizetype{y} * block.storedWidth * stored * sampleBytes;
+    auto* row = reinterpret_cast<Target*>(pixels.scanLine(block.top + y)) + qsizetype{block.left} * 4;
+    for (int index = 0; index < (layout.isPlanar ? 1 : used); ++index) {
+      const int sample = layout.isPlanar ? plane : index;
+      const bool isAlpha = sample >= layout.colorCount;
+      Target* to = row + (isAlpha ? 3 : sample);
+      scaleSamples(layout.type, from + index * sampleBytes, stored, to, 4, block.width);
+      if (isAlpha) continue;
+      if (layout.isInverted) {
+        for (int x = 0; x < block.width; ++x) to[x * 4] = static_cast<Target>(~to[x * 4]);
+      }
+      if (layout.model != ColorModel::gray) continue;
+      for (int x = 0; x < block.width; ++x) to[x * 4 + 1] = to[x * 4 + 2] = to[x * 4];
+    }
+  }
+}
+
+Block blockAt(TIFF* tiff, const Layout& layout, quint32 number, quint32 blocksPerPlane) {
+  Block block;
+  quint32 rows = 0;
+  if (TIFFIsTiled(tiff)) {
+    const auto width = fieldOr<quint32>(tiff, TIFFTAG_TILEWIDTH, 1);
+    rows = fieldOr<quint32>(tiff, TIFFTAG_TILELENGTH, 1);
+    const quint32 across = (static_cast<quint32>(layout.size.width()) - 1) / width + 1;
+    const quint32 index = number % blocksPerPlane;
+    block.left = static_cast<int>(index % across * width);
+    block.top = static_cast<int>(index / across * rows);
+    block.storedWidth = static_cast<int>(width);
+  } else {
+    rows =
+        std::min(fieldOr<quint32>(tiff, TIFFTAG_ROWSPERSTRIP, UINT32_MAX), static_cast<quint32>(layout.size.height()));
+    block.top = static_cast<int>(number % blocksPerPlane * rows);
+    block.storedWidth = layout.size.width();
+  }
+  block.width = std::min(block.storedWidth, layout.size.width() - block.left);
+  block.height = std::min(static_cast<int>(std::min<quint32>(rows, INT32_MAX)), layout.size.height() - block.top);
+  return block;
+}
+
+// Null when not one block could be had; blocks that are damaged stay black.
+QImage readSamples(TIFF* tiff, const Layout& layout) {
+  const bool isDeep = layout.type.bits > 8 && layout.model != ColorModel::cmyk;
+  constexpr QImage::Format kFormats[2][3] = {
+      {QImage::Format_RGBX8888, QImage::Format_RGBA8888_Premultiplied, QImage::Format_RGBA8888},
+      {QImage::Format_RGBX64, QImage::Format_RGBA64_Premultiplied, QImage::Format_RGBA64}};
+  QImage pixels(layout.size, kFormats[isDeep ? 1 : 0][static_cast<int>(layout.alpha)]);
+  const bool isTiled = TIFFIsTiled(tiff) != 0;
+  const auto blockBytes = static_cast<std::int64_t>(isTiled ? TIFFTileSize64(tiff) : TIFFStripSize64(tiff));
+  if (pixels.isNull() || blockBytes <= 0 || blockBytes > pictureByteLimit()) return {};
+  pixels.fill(Qt::black);
+
+  const quint32 blocks = isTiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
+  const int planes = layout.isPlanar ? layout.samplesPerPixel : 1;
+  const quint32 blocksPerPlane = std::max<quint32>(blocks / static_cast<quint32>(planes), 1);
+  const int usedPlanes = std::min(planes, layout.colorCount + (layout.alpha == Alpha::none ? 0 : 1));
+  std::vector<uchar> samples(static_cast<size_t>(blockBytes));
+  bool hasAny = false;
+  for (quint32 number = 0; number < blocks; ++number) {
+    const int plane = static_cast<int>(number / blocksPerPlane);
+    if (plane >= usedPlanes) break;
+    const Block block = blockAt(tiff, layout, number, blocksPerPlane);
+    if (block.width < 1 || block.height < 1 || block.left < 0 || block.top < 0) continue;
+    const tmsize_t got = isTiled ? TIFFReadEncodedTile(tiff, number, samples.data(), blockBytes)
+                                 : TIFFReadEncodedStrip(tiff, number, samples.data(), blockBytes);
+    if (got <= 0) continue;
+    const qsizetype rowBytes =
+        qsizetype{block.storedWidth} * (layout.isPlanar ? 1 : layout.samplesPerPixel) * layout.type.bits / 8;
+    if (rowBytes * block.height > blockBytes) continue;
+    std::fill(samples.begin() + got, samples.end(), 0);
+    hasAny = true;
+    isDeep ? copyBlock<quint16>(layout, block, samples.data(), plane, pixels)
+           : copyBlock<uchar>(layout, block, samples.data(), plane, pixels);
+  }
+  return hasAny ? pixels : QImage();
+}
+
+// The library's own way to RGBA. It stops where the data is damaged; what came until then is shown.
+QImage readRgba(TIFF* tiff, QSize size) {
+  QImage pixels(size, QImage::Format_RGBA8888_Premultiplied);
+  if (pixels.isNull()) return pixels;
+  pixels.fill(Qt::transparent);
+  auto* raster = reinterpret_cast<quint32*>(pixels.bits());
+  TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);  // turned later, like all others
+  constexpr int kStopOnError = 1;
+  const int status =
+      TIFFReadRGBAImageOriented(tiff, static_cast<quint32>(size.width()), static_cast<quint32>(size.height()), raster,
+                                ORIENTATION_TOPLEFT, kStopOnError);
+  const qsizetype count = qsizetype{size.width()} * size.height();
+  const bool hasAny = status == 1 || std::any_of(raster, raster + count, [](quint32 pixel) { return pixel != 0; });
+  return hasAny ? pixels : QImage();
+}
+
+PictureMetadata metadataOf(TIFF* tiff) {
+  PictureMetadata metadata;
+  const auto orientation = fieldOr<quint16>(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+  if (orientation >= ORIENTATION_TOPLEFT && orientation <= ORIENTATION_LEFTBOT) metadata.orientation = orientation;
+  metadata.pixelAspect =
+      pixelAspectOf(fieldOr<float>(tiff, TIFFTAG_XRESOLUTION, 0), fieldOr<float>(tiff, TIFFTAG_YRESOLUTION, 0));
+  quint32 profileBytes = 0;
+  void* profile = nullptr;
+  if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &profileBytes, &profile) == 1 && profileBytes <= kLargestProfileBytes) {
+    metadata.iccProfile = QByteArray(static_cast<const char*>(profile), static_cast<qsizetype>(profileBytes));
+  }
+  return metadata;
+}
+
+}  // namespace
+
+DecodedImage decodeTiff(const CodecRequest& request) {
+  Source source{request.bytes};
+  const Tiff tiff = open(source);
+  if (!tiff) return {{}, ImageError::damaged};
+  const std::int64_t width = fieldOr<quint32>(tiff.get(), TIFFTAG_IMAGEWIDTH, 0);
+  const std::int64_t height = fieldOr<quint32>(tiff.get(), TIFFTAG_IMAGELENGTH, 0);
+  if (width < 1 || height < 1) return {{}, ImageError::damaged};
+  if (!isPictureSizeSane(width, height)) return {{}, ImageError::tooLarge};
+  const QSize size(static_cast<int>(width), static_cast<int>(height));
+
+  RawPicture picture;
+  picture.metadata = metadataOf(tiff.get());
+  const Layout layout = layoutOf(tiff.get(), size);
+  if (isDirect(tiff.get(), layout)) {
+    picture.pixels = readSamples(tiff.get(), layout);
+    picture.model = layout.model;
+  } else {
+    picture.pixels = readRgba(tiff.get(), size);
+  }
+  return finished(std::move(picture), request.bound);
+}
+
+}  // namespace lumagrid

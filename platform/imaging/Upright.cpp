@@ -1,0 +1,61 @@
+#include "Upright.h"
+
+#include <algorithm>
+
+namespace lumagrid {
+namespace {
+
+enum class Mirror : unsigned char { no, yes };
+
+// The rows of the result are the columns of the source; then mirrored. Walks in squares whose columns stay in the
+// cache.
+QImage transposed(const QImage& source, Mirror horizontal, Mirror vertical) {
+  constexpr int kBlock = 32;
+  QImage result(source.height(), source.width(), source.format());
+  if (result.isNull()) return result;
+  const auto* from = reinterpret_cast<const quint32*>(source.constBits());
+  auto* to = reinterpret_cast<quint32*>(result.bits());
+  const qsizetype fromStride = source.bytesPerLine() / 4;
+  const qsizetype toStride = result.bytesPerLine() / 4;
+  const int width = result.width();
+  const int height = result.height();
+  for (int top = 0; top < height; top += kBlock) {
+    const int bottom = std::min(top + kBlock, height);
+    for (int left = 0; left < width; left += kBlock) {
+      const int right = std::min(left + kBlock, width);
+      for (int y = top; y < bottom; ++y) {
+        quint32* line = to + y * toStride;
+        const quint32* column = from + (vertical == Mirror::yes ? height - 1 - y : y);
+        for (int x = left; x < right; ++x) {
+          line[x] = column[(horizontal == Mirror::yes ? width - 1 - x : x) * fromStride];
+        }
+      }
+    }
+  }
+  return result;
+}
+
+}  // namespace
+
+QImage upright(QImage pixels, int orientation) {
+  switch (orientation) {
+    case 2:
+      return std::move(pixels).mirrored(true, false);
+    case 3:
+      return std::move(pixels).mirrored(true, true);
+    case 4:
+      return std::move(pixels).mirrored(false, true);
+    case 5:
+      return transposed(pixels, Mirror::no, Mirror::no);
+    case 6:
+      return transposed(pixels, Mirror::yes, Mirror::no);
+    case 7:
+      return transposed(pixels, Mirror::yes, Mirror::yes);
+    case 8:
+      return transposed(pixels, Mirror::no, Mirror::yes);
+    default:
+      return pixels;
+  }
+}
+
+}  // namespace lumagrid
