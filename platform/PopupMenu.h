@@ -13,11 +13,11 @@ namespace lumagrid {
 struct MenuEntry {
   enum class Mark { none, check };
 
-  QString title;  // empty: a separator
+  QString title = {};  // empty: a separator
   Mark mark = Mark::none;
-  QString shortcut;  // shown beside the title, in portable form ("Ctrl+Q"); the menu does not listen for it
-  std::function<void()> action;
-  std::vector<MenuEntry> submenu;
+  QString shortcut = {};  // shown beside the title, in portable form ("Ctrl+Q"); the menu does not listen for it
+  std::function<void()> action = {};
+  std::vector<MenuEntry> submenu = {};
 };
 
 // The desktop's popup menu. Main thread.
