@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QColor>
+#include <QImage>
+
+#include "Random.h"
+
+namespace lumagrid::samples {
+
+// The colours of one hour of the day.
+struct Hour {
+  QColor zenith;
+  QColor sky;
+  QColor horizon;
+  QColor light;  // sun, moon, lamps
+  QColor far;    // what lies in the haze
+  QColor near;   // what stands in the foreground
+};
+
+enum class HourName { Dawn, Noon, Gold, Sunset, Dusk, Night, Rose, Mint, Autumn, Ice, Count };
+[[nodiscard]] const Hour& hour(HourName name);
+
+[[nodiscard]] QColor mix(const QColor& from, const QColor& to, double share);
+
+// Every scene fills the whole picture, in any proportion, and depends on nothing but its arguments.
+using Scene = void (*)(QImage& picture, const Hour& hour, Random& random);
+
+void paintMountains(QImage& picture, const Hour& hour, Random& random);
+void paintForest(QImage& picture, const Hour& hour, Random& random);
+void paintDunes(QImage& picture, const Hour& hour, Random& random);
+void paintSea(QImage& picture, const Hour& hour, Random& random);
+void paintBalloons(QImage& picture, const Hour& hour, Random& random);
+void paintMeadow(QImage& picture, const Hour& hour, Random& random);
+
+void paintNightSky(QImage& picture, const Hour& hour, Random& random);
+void paintLeaves(QImage& picture, const Hour& hour, Random& random);
+void paintLights(QImage& picture, const Hour& hour, Random& random);
+void paintCity(QImage& picture, const Hour& hour, Random& random);
+
+// One frame of a sun that sinks into the sea; `progress` from 0 to 1.
+void paintSinkingSun(QImage& picture, const Hour& hour, double progress);
+// Leaves alone, on nothing: what an alpha channel is for.
+void paintLeavesOnNothing(QImage& picture, const Hour& hour, Random& random);
+// An arrow that points up, and as many dots at the lower left as `count` says: a turned or mirrored picture shows.
+void paintUpArrow(QImage& picture, int count);
+
+}  // namespace lumagrid::samples
