@@ -64,6 +64,7 @@ bool PortalAppearance::eventFilter(QObject* object, QEvent* event) {
 }
 
 void PortalAppearance::follow(QDBusConnection bus) {
+  qRegisterMetaType<QDBusVariant>();  // the connection looks the slot's types up by their names
   // From any sender: naming the portal here would wait for the bus to look up its owner.
   bus.connect(QString(), kPath, kInterface, QStringLiteral("SettingChanged"), this,
               SLOT(settingChanged(QString, QString, QDBusVariant)));

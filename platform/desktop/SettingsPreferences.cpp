@@ -10,15 +10,14 @@ SettingsPreferences::SettingsPreferences()
                  QSettings::IniFormat) {}
 
 std::optional<QStringList> SettingsPreferences::stringArray(const QString& key) const {
-  if (!m_settings.contains(key)) return std::nullopt;
   const QVariant value = m_settings.value(key);
-  if (!value.isValid()) return QStringList();  // how the file holds an empty list
   // A list of one entry is held as that entry.
   if (value.typeId() != QMetaType::QStringList && value.typeId() != QMetaType::QString) return std::nullopt;
   return value.toStringList();
 }
 
 void SettingsPreferences::set(const QString& key, const QStringList& value) {
+  if (value.isEmpty()) return m_settings.remove(key);
   m_settings.setValue(key, value);
 }
 

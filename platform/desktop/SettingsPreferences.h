@@ -7,6 +7,7 @@
 namespace lumagrid {
 
 // Preferences in the file lumagrid/lumagrid.conf of the user's configuration folder, written soon after each change.
+// The file knows no empty list: setting one removes the key.
 class SettingsPreferences final : public Preferences {
  public:
   SettingsPreferences();

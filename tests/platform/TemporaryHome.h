@@ -1,0 +1,52 @@
+#pragma once
+
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+// A home folder for one test program, made before anything has read where the home is. A program started by root goes
+// on as nobody, because root passes every permission test.
+class TemporaryHome {
+ public:
+  TemporaryHome() {
+    constexpr uid_t kNobody = 65534;
+    if (!m_folder.isValid()) qFatal("No temporary folder");
+    if (::geteuid() == 0 && (::chown(path().constData(), kNobody, kNobody) != 0 || ::setgroups(0, nullptr) != 0 ||
+                             ::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) {
+      qFatal("Cannot drop privileges");
+    }
+    qputenv("HOME", path());
+    qputenv("XDG_DATA_HOME", path() + "/data");
+    qputenv("XDG_CONFIG_HOME", path() + "/config");
+    qputenv("XDG_CACHE_HOME", path() + "/cache");
+    qunsetenv("XDG_RUNTIME_DIR");
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+  }
+
+  [[nodiscard]] QByteArray path() const { return QFile::encodeName(m_folder.path()); }
+
+ private:
+  QTemporaryDir m_folder;
+};
+
+// Creates or replaces a file by its bytes, which need not be UTF-8.
+inline bool writeFile(const QByteArray& path, const QByteArray& content) {
+  std::FILE* file = std::fopen(path.constData(), "wb");
+  if (!file) return false;
+  const bool written =
+      std::fwrite(content.constData(), 1, std::size_t(content.size()), file) == std::size_t(content.size());
+  return std::fclose(file) == 0 && written;
+}
+
+// Nothing when there is no such file.
+inline std::optional<QByteArray> readFile(const QByteArray& path) {
+  std::FILE* file = std::fopen(path.constData(), "rb");
+  if (!file) return std::nullopt;
+  QByteArray content(64 * 1024, '\0');
+  content.truncate(qsizetype(std::fread(content.data(), 1, std::size_t(content.size()), file)));
+  std::fclose(file);
+  return content;
+}
