@@ -2,6 +2,7 @@
 
 #include <QPainterPath>
 #include <QRectF>
+#include <QSizeF>
 
 namespace lumagrid {
 

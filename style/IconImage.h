@@ -22,6 +22,9 @@ enum class IconName {
   photoOnRectangleAngled,
 };
 
+// The icon with the name of its enumerator; none for an unknown name.
+[[nodiscard]] IconName iconNamed(QStringView name);
+
 enum class IconWeight { medium, semibold, bold };
 
 // The side, in points, of the square that an icon takes beside text of `fontSize` points: the grid's 24 units, of which

@@ -23,7 +23,7 @@ namespace lumagrid {
 //   node->setShape(window(), {.part = Shape::Part::fill, .radius = 20, .color = qRgb(255, 255, 255)}, boundingRect());
 //   node->setOpacity(0.76);
 //
-// Both calls are cheap when nothing has changed.
+// Both calls are cheap when nothing has changed. A node is used with one of setShape() and setPatch().
 class NinePatchNode : public QSGOpacityNode {
  public:
   NinePatchNode();
@@ -39,8 +39,8 @@ class NinePatchNode : public QSGOpacityNode {
   void clear();
 
  private:
-  void buildGeometry(const QRectF& outer, const NinePatch& patch, double devicePixelRatio);
-  void buildImages(QQuickWindow* window, const QRectF& outer, const NinePatch& patch, double devicePixelRatio);
+  void buildGeometry(const QRectF& outer, const NinePatch& patch);
+  void buildImages(QQuickWindow* window, const QRectF& outer, const NinePatch& patch);
 
   std::shared_ptr<QSGTexture> m_texture;
   Shape m_shape;

@@ -16,18 +16,21 @@ struct Shape {
   };
 
   Part part = Part::fill;
-  double radius = 0;           // of the corners; 0: square ones; clamped to half the shorter side
-  double extent = 0;           // stroke: the line's width; shadow: the blur radius
-  QRgb color = qRgb(0, 0, 0);  // drawn opaque: translucency belongs to the node, so that states share one picture
+  double radius = 0;        // of the corners; 0: square ones; clamped to half the shorter side
+  double extent = 0;        // stroke: the line's width; shadow: the blur radius
+  QRgb color = 0xff000000;  // drawn opaque: translucency belongs to the node, so that states share one picture
 
   friend bool operator==(const Shape&, const Shape&) = default;
 };
 
 // A small picture whose corners are drawn as they are and whose middle row and column are stretched.
 struct NinePatch {
-  QImage image;    // premultiplied ARGB, device pixels
-  QMargins fixed;  // pixels from each edge that are never stretched; they leave a middle of one pixel, or of none
-  int outset = 0;  // pixels by which the picture is larger than the shape, on every side
+  enum class Middle { drawn, empty };
+
+  QImage image = {};    // premultiplied ARGB, device pixels
+  QMargins fixed = {};  // pixels from each edge that are never stretched; they leave a middle of one pixel, or of none
+  int outset = 0;       // pixels by which the picture is larger than the shape, on every side
+  Middle middle = Middle::drawn;  // empty: the part that stretches both ways is transparent, and need not be drawn
 };
 
 // The picture of `shape` for a shape of `size` points at `devicePixelRatio`. The shape's size in pixels is rounded to

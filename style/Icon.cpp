@@ -1,0 +1,47 @@
+#include "Icon.h"
+
+#include "IconImage.h"
+#include "NinePatchNode.h"
+#include "PixelGrid.h"
+
+namespace lumagrid {
+
+namespace {
+
+IconWeight iconWeight(int fontWeight) {
+  if (fontWeight >= QFont::Bold) return IconWeight::bold;
+  return fontWeight >= QFont::DemiBold ? IconWeight::semibold : IconWeight::medium;
+}
+
+}  // namespace
+
+Icon::Icon(QQuickItem* parent) : QQuickItem(parent) {
+  setFlag(ItemHasContents);
+  connect(this, &Icon::changed, this, &Icon::onChanged);
+  onChanged();
+}
+
+QSGNode* Icon::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
+  auto* node = old ? static_cast<NinePatchNode*>(old) : new NinePatchNode;
+  const double ratio = window()->effectiveDevicePixelRatio();
+  const QImage image = iconImage(iconNamed(m_name), m_size, iconWeight(m_weight), m_color.rgb(), ratio);
+  const double side = iconSide(m_size);
+  QRectF square(0, 0, side, side);
+  square.moveCenter(boundingRect().center());
+  node->setPatch(window(), {.image = image}, square.translated(offsetToPixelGrid(*this, square.topLeft())), ratio);
+  node->setOpacity(m_color.alphaF());
+  return node;
+}
+
+void Icon::itemChange(ItemChange change, const ItemChangeData& data) {
+  if (change == ItemDevicePixelRatioHasChanged) update();
+  QQuickItem::itemChange(change, data);
+}
+
+void Icon::onChanged() {
+  const double side = iconSide(m_size);
+  setImplicitSize(side, side);
+  update();
+}
+
+}  // namespace lumagrid

@@ -1,0 +1,81 @@
+#include "SpinnerClock.h"
+
+#include <QEvent>
+#include <QTimerEvent>
+#include <algorithm>
+#include <chrono>
+
+namespace lumagrid {
+
+using namespace std::chrono_literals;
+
+SpinnerClock::Running::Running(QQuickWindow* window) : m_window(window) {
+  if (window) instance()->start(window);
+}
+
+SpinnerClock::Running& SpinnerClock::Running::operator=(Running&& other) noexcept {
+  if (this != &other) {
+    stop();
+    m_window = std::exchange(other.m_window, nullptr);
+  }
+  return *this;
+}
+
+void SpinnerClock::Running::stop() {
+  if (m_window) instance()->stop(m_window);
+  m_window = nullptr;
+}
+
+SpinnerClock* SpinnerClock::instance() {
+  static SpinnerClock clock;
+  return &clock;
+}
+
+bool SpinnerClock::eventFilter(QObject* watched, QEvent* event) {
+  // The window has not digested the event yet: look again once it has.
+  if (event->type() == QEvent::Expose)
+    QMetaObject::invokeMethod(
+        this, [this] { review(); }, Qt::QueuedConnection);
+  return QObject::eventFilter(watched, event);
+}
+
+void SpinnerClock::timerEvent(QTimerEvent*) {
+  ++m_step;
+  Q_EMIT ticked();
+}
+
+void SpinnerClock::start(QQuickWindow* window) {
+  if (m_holders[window]++ == 0) {
+    window->installEventFilter(this);
+    connect(window, &QObject::destroyed, this, [this, window] {
+      m_holders.remove(window);
+      review();
+    });
+  }
+  review();
+}
+
+void SpinnerClock::stop(QQuickWindow* window) {
+  const auto found = m_holders.find(window);
+  if (found == m_holders.end()) return;
+  if (--found.value() == 0) {
+    m_holders.erase(found);
+    window->removeEventFilter(this);
+    window->disconnect(this);
+  }
+  review();
+}
+
+void SpinnerClock::review() {
+  const auto windows = m_holders.keyBegin();
+  const bool wanted =
+      std::any_of(windows, m_holders.keyEnd(), [](QQuickWindow* window) { return window->isExposed(); });
+  if (wanted == isTicking()) return;
+  if (wanted) {
+    m_timer = startTimer(125ms);
+  } else {
+    killTimer(std::exchange(m_timer, 0));
+  }
+}
+
+}  // namespace lumagrid

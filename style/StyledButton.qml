@@ -1,0 +1,89 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Templates as T
+import Lumagrid.Style
+
+// What the button styles share: the pressed state that everything animates by, the focus ring, the tooltip, the keys and
+// what assistive technology hears. A style adds its background and its content.
+T.AbstractButton {
+    id: button
+
+    // The name of an icon, shown before the text.
+    property string iconName
+    // Explains the button in a tooltip; names it where it has no text.
+    property string helpText
+    // The size of the whole while it is pressed.
+    property real pressedScale: 1
+    // The radius of the shape, for the focus ring.
+    property real cornerRadius: height / 2
+
+    // 0 released, 1 pressed. The only thing that is animated: a change of any other state shows at once.
+    property real pressAmount: down ? 1 : 0
+
+    function whilePressed(released: real, pressed: real): real {
+        return released + (pressed - released) * pressAmount;
+    }
+
+    // A key that is held down clicks once.
+    function clickOnce(event: var): void {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
+
+    // Whole points, so that neighbours in a row stay on the pixel grid.
+    implicitWidth: Math.ceil(implicitContentWidth + leftPadding + rightPadding)
+    implicitHeight: Math.ceil(implicitContentHeight + topPadding + bottomPadding)
+    scale: whilePressed(1, pressedScale)
+    hoverEnabled: true
+    focusPolicy: Qt.TabFocus
+
+    Accessible.role: Accessible.Button
+    Accessible.name: text.length > 0 ? text : helpText
+    Accessible.description: helpText
+
+    Keys.onReturnPressed: event => clickOnce(event)
+    Keys.onEnterPressed: event => clickOnce(event)
+
+    Behavior on pressAmount {
+        NumberAnimation {
+            duration: 120
+            easing.type: Easing.BezierSpline
+            easing.bezierCurve: [0, 0, 0.58, 1, 1, 1]
+        }
+    }
+
+    HoverHandler {
+        cursorShape: Qt.PointingHandCursor
+        enabled: button.enabled
+    }
+
+    ContinuousRectangle {
+        anchors.fill: parent
+        anchors.margins: -3
+        radius: button.cornerRadius + 3
+        strokeColor: WindowPalette.accent
+        strokeWidth: 2
+        visible: button.visualFocus
+    }
+
+    Timer {
+        id: tooltipDelay
+
+        interval: 700
+        running: button.hovered && !button.pressed && button.helpText.length > 0
+        onRunningChanged: if (!running && !button.hovered)
+            tooltip.active = false
+        onTriggered: tooltip.active = true
+    }
+
+    Loader {
+        id: tooltip
+
+        active: false
+        sourceComponent: ToolTipBubble {
+            target: button
+            text: button.helpText
+        }
+    }
+}
