@@ -85,6 +85,11 @@ class BackgroundQueue::State {
     m_waiting.erase(job.place);  // the ticket still holds the job: nothing is destroyed under the lock
   }
 
+  [[nodiscard]] bool isWaiting(const Job& job) const {
+    const std::scoped_lock lock(m_mutex);
+    return m_waiting.count(job.place) > 0;
+  }
+
   // How many ended pieces one delivery brings; what ends from here on asks for another.
   [[nodiscard]] std::size_t beginDelivery() {
     const std::scoped_lock lock(m_mutex);
@@ -150,6 +155,10 @@ BackgroundQueue::Ticket& BackgroundQueue::Ticket::operator=(Ticket&& other) noex
 
 BackgroundQueue::Ticket::~Ticket() {
   drop();
+}
+
+bool BackgroundQueue::Ticket::isWaiting() const {
+  return m_job && m_job->owner && m_job->owner->isWaiting(*m_job);
 }
 
 void BackgroundQueue::Ticket::drop() {

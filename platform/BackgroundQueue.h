@@ -22,6 +22,9 @@ class BackgroundQueue : public QObject {
     Ticket& operator=(Ticket&& other) noexcept;
     ~Ticket();
 
+    // Whether no thread has taken the work yet.
+    [[nodiscard]] bool isWaiting() const;
+
    private:
     friend class BackgroundQueue;
     struct Job;

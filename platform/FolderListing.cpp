@@ -85,4 +85,9 @@ std::int64_t contentModificationDate(const FileUrl& file) {
   return date;
 }
 
+bool isDirectory(const FileUrl& file) {
+  struct stat status = {};
+  return ::stat(file.path().constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
 }  // namespace lumagrid

@@ -29,4 +29,7 @@ struct ListingError {
 inline constexpr std::int64_t kDistantPast = INT64_MIN;
 [[nodiscard]] std::int64_t contentModificationDate(const FileUrl& file);
 
+// Whether something exists at the path and is a folder (a symbolic link to one counts). Any thread.
+[[nodiscard]] bool isDirectory(const FileUrl& file);
+
 }  // namespace lumagrid

@@ -1,0 +1,35 @@
+#include "PhotoLibrary.h"
+#include "PhotoScan.h"
+
+namespace lumagrid {
+
+void PhotoLibrary::setSortOrder(SortOrder order) {
+  Q_EMIT objectWillChange();
+  m_sortOrder = order;
+  Q_EMIT sortOrderChanged();
+  applySortOrder();
+}
+
+void PhotoLibrary::applySortOrder() {
+  const QByteArray currentPath = currentPhoto() ? currentPhoto()->id() : QByteArray();
+
+  std::vector<PhotoItem> sorted;
+  sorted.reserve(m_photos.size());
+  for (const std::uint32_t position : sortedPositions(m_photos, m_sortOrder)) {
+    sorted.push_back(std::move(m_photos[position]));
+  }
+  Q_EMIT objectWillChange();
+  m_photos = std::move(sorted);
+  Q_EMIT photosReordered();
+
+  if (!currentPath.isEmpty()) {
+    for (std::size_t index = 0; index < m_photos.size(); ++index) {
+      if (m_photos[index].id() != currentPath) continue;
+      setCurrentIndex(static_cast<std::int64_t>(index));
+      break;
+    }
+  }
+  clearSelection();
+}
+
+}  // namespace lumagrid

@@ -1,0 +1,68 @@
+#include <algorithm>
+
+#include "Alert.h"
+#include "PhotoLibrary.h"
+#include "Trash.h"
+
+namespace lumagrid {
+
+void PhotoLibrary::deleteCurrentPhoto() {
+  if (!currentPhoto()) return;
+  const FileUrl url = currentPhoto()->url;
+  const QString name = url.displayName();
+  const int pressed = m_services.alert.runModal({
+      QStringLiteral("Move this photo to Trash?"),
+      QStringLiteral("\"%1\" will be moved to the Trash.").arg(name),
+      {QStringLiteral("Move to Trash"), QStringLiteral("Cancel")},
+  });
+  if (pressed != 0) return;
+  // The question was asked about this photo; the alert's event loop may have changed which one is current.
+  if (!currentPhoto() || currentPhoto()->url != url) return;
+
+  if (const auto error = m_services.trash.trashItem(url)) {
+    setStatus(QStringLiteral("Delete failed: %1").arg(*error), true);
+    return;
+  }
+  removePhoto(m_currentIndex);
+  const QString moved = QStringLiteral("Moved \"%1\" to the Trash.").arg(name);
+  if (m_photos.empty()) {
+    setCurrentIndex(-1);
+    setCurrentImage({});
+    setStatus(moved, false);
+    return;
+  }
+  if (m_currentIndex >= photoCount()) setCurrentIndex(photoCount() - 1);
+  loadCurrentImage(moved);
+}
+
+void PhotoLibrary::deleteSelectedPhotos() {
+  if (m_selectedIndices.empty()) return;
+  // From the end, so that each removal leaves the indices still to come valid.
+  std::vector<std::int64_t> indices(m_selectedIndices.begin(), m_selectedIndices.end());
+  std::sort(indices.begin(), indices.end(), std::greater<>());
+  int moved = 0;
+  int failed = 0;
+  for (const std::int64_t index : indices) {
+    if (index < 0 || index >= photoCount()) continue;
+    if (m_services.trash.trashItem(m_photos[static_cast<std::size_t>(index)].url)) {
+      ++failed;
+    } else {
+      removePhoto(index);
+      ++moved;
+    }
+  }
+  clearSelection();
+  if (m_photos.empty()) {
+    setCurrentIndex(-1);
+    setCurrentImage({});
+  } else if (m_currentIndex >= photoCount()) {
+    setCurrentIndex(photoCount() - 1);
+    loadCurrentImage(std::nullopt);
+  }
+  QString message =
+      QStringLiteral("Moved %1 photo%2 to Trash.").arg(QString::number(moved), moved == 1 ? QString() : QStringLiteral("s"));
+  if (failed > 0) message += QStringLiteral(" %1 failed.").arg(failed);
+  setStatus(message, failed > 0);
+}
+
+}  // namespace lumagrid

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+#include <array>
+#include <optional>
+
+namespace lumagrid {
+
+// The orders in which photos are shown; the raw value is the title in menus.
+enum class SortOrder { nameAscending, nameDescending, dateNewest, dateOldest };
+
+inline constexpr std::array kAllSortOrders = {SortOrder::nameAscending, SortOrder::nameDescending,
+                                              SortOrder::dateNewest, SortOrder::dateOldest};
+
+[[nodiscard]] QString rawValue(SortOrder order);
+
+// Nothing for any text that is not exactly a raw value.
+[[nodiscard]] std::optional<SortOrder> sortOrderFromRawValue(const QString& text);
+
+}  // namespace lumagrid
