@@ -15,15 +15,6 @@ struct DestroyHandle {
 };
 using Handle = std::unique_ptr<void, DestroyHandle>;
 
-// A picture above 64 megapixels in a file that has less than one byte for 2048 of them is a lying header: the densest
-// JPEG takes one bit for a block of 64. Smaller ones may be cut short and are shown as far as they go.
-bool isLying(QSize size, qsizetype fileBytes) {
-  constexpr std::int64_t kPixelsGivenOnTrust = std::int64_t{64} << 20;
-  constexpr std::int64_t kPixelsPerByte = 2048;
-  const std::int64_t pixels = std::int64_t{size.width()} * size.height();
-  return pixels > kPixelsGivenOnTrust && pixels / kPixelsPerByte > fileBytes;
-}
-
 // The smallest of the sizes that the inverse transform can give directly and that still covers `target`.
 QSize smallestScaled(QSize stored, QSize target) {
   for (const int eighths : {1, 2, 4}) {  // the others have no fast transform
@@ -40,7 +31,9 @@ DecodedImage decodeJpeg(const CodecRequest& request) {
   const JpegMetadata metadata = jpegMetadata(request.bytes);
   if (metadata.size.isEmpty()) return {{}, ImageError::damaged};
   if (!isPictureSizeSane(metadata.size.width(), metadata.size.height())) return {{}, ImageError::tooLarge};
-  if (isLying(metadata.size, request.bytes.size())) return {{}, ImageError::damaged};
+  if (!isPictureSizeCredible(metadata.size.width(), metadata.size.height(), request.bytes.size())) {
+    return {{}, ImageError::damaged};
+  }
 
   const Handle handle(tjInitDecompress());
   if (!handle) return {{}, ImageError::tooLarge};

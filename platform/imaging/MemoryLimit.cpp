@@ -33,4 +33,11 @@ bool isPictureSizeSane(std::int64_t width, std::int64_t height) {
   return width * height <= pictureByteLimit() / kBytesPerPixel;
 }
 
+bool isPictureSizeCredible(std::int64_t width, std::int64_t height, std::int64_t fileBytes) {
+  constexpr std::int64_t kPixelsGivenOnTrust = std::int64_t{16} << 20;
+  constexpr std::int64_t kPixelsPerByte = 4096;
+  const std::int64_t pixels = width * height;
+  return pixels <= kPixelsGivenOnTrust || pixels / kPixelsPerByte <= fileBytes;
+}
+
 }  // namespace lumagrid

@@ -12,4 +12,9 @@ namespace lumagrid {
 // asked, negative ones and those that overflow included.
 [[nodiscard]] bool isPictureSizeSane(std::int64_t width, std::int64_t height);
 
+// True when a file of `fileBytes` can hold that many pixels in a packing that takes at least one bit for a block of 64
+// of them, or one byte for 4096: JPEG and GIF. Up to 16 megapixels are given on trust, so that files cut short are
+// shown.
+[[nodiscard]] bool isPictureSizeCredible(std::int64_t width, std::int64_t height, std::int64_t fileBytes);
+
 }  // namespace lumagrid

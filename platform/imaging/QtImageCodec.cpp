@@ -3,6 +3,7 @@
 #include <QImageReader>
 #include <cmath>
 
+#include "BmpHeader.h"
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
@@ -10,8 +11,11 @@
 namespace lumagrid {
 namespace {
 
+// Whether isPictureSizeCredible() holds for the format.
+enum class Packing : unsigned char { limited, unlimited };
+
 // One file through the reader of one named format: it never looks at the content to choose another.
-DecodedImage decodeWith(const char* format, const CodecRequest& request, PictureMetadata metadata) {
+DecodedImage decodeWith(const char* format, Packing packing, const CodecRequest& request, PictureMetadata metadata) {
   QByteArray bytes = QByteArray::fromRawData(request.bytes.data(), request.bytes.size());
   QBuffer buffer(&bytes);
   buffer.open(QIODevice::ReadOnly);
@@ -21,6 +25,9 @@ DecodedImage decodeWith(const char* format, const CodecRequest& request, Picture
   const QSize size = reader.size();
   if (size.isValid() && !isPictureSizeSane(size.width(), size.height())) return {{}, ImageError::tooLarge};
 
+  if (packing == Packing::limited && !isPictureSizeCredible(size.width(), size.height(), request.bytes.size())) {
+    return {{}, ImageError::damaged};
+  }
   RawPicture picture;
   if (!reader.read(&picture.pixels)) return {{}, ImageError::damaged};
   picture.metadata = std::move(metadata);
@@ -40,19 +47,22 @@ DecodedImage decodeWith(const char* format, const CodecRequest& request, Picture
 }  // namespace
 
 DecodedImage decodePng(const CodecRequest& request) {
-  return decodeWith("png", request, pngMetadata(request.bytes));
+  return decodeWith("png", Packing::unlimited, request, pngMetadata(request.bytes));
 }
 
 DecodedImage decodeGif(const CodecRequest& request) {
-  return decodeWith("gif", request, {});
+  return decodeWith("gif", Packing::limited, request, {});
 }
 
 DecodedImage decodeWebp(const CodecRequest& request) {
-  return decodeWith("webp", request, webpMetadata(request.bytes));
+  return decodeWith("webp", Packing::unlimited, request, webpMetadata(request.bytes));
 }
 
 DecodedImage decodeBmp(const CodecRequest& request) {
-  return decodeWith("bmp", request, bmpMetadata(request.bytes));
+  const PictureMetadata metadata = bmpMetadata(request.bytes);
+  const QByteArray common = bmpWithCommonHeader(request.bytes);
+  return decodeWith("bmp", Packing::limited, common.isEmpty() ? request : CodecRequest{common, request.bound},
+                    metadata);
 }
 
 }  // namespace lumagrid
