@@ -169,7 +169,8 @@ void NinePatchNode::buildImages(QQuickWindow* window, const QRectF& outer, const
       QSGImageNode* node = window->createImageNode();
       node->setOwnsTexture(false);
       node->setTexture(m_texture.get());
-      node->setFiltering(QSGTexture::Linear);
+      // What stretches repeats its one pixel: smoothing it would let the edges fade.
+      node->setFiltering(column.stretched || row.stretched ? QSGTexture::Nearest : QSGTexture::Linear);
       node->setRect(column.start, row.start, column.end - column.start, row.end - row.start);
       node->setSourceRect(column.imageStart, row.imageStart, column.imageEnd - column.imageStart,
                           row.imageEnd - row.imageStart);

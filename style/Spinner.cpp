@@ -9,6 +9,7 @@ namespace lumagrid {
 Spinner::Spinner(QQuickItem* parent) : QQuickItem(parent) {
   setFlag(ItemHasContents);
   setImplicitSize(kSpinnerSide, kSpinnerSide);
+  runWhileVisible();  // a parent given here is told to QQuickItem alone
 }
 
 void Spinner::setColor(const QColor& color) {

@@ -41,6 +41,8 @@ T.AbstractButton {
     Accessible.role: Accessible.Button
     Accessible.name: text.length > 0 ? text : helpText
     Accessible.description: helpText
+    Accessible.onPressAction: if (enabled)
+        clicked()
 
     Keys.onReturnPressed: event => clickOnce(event)
     Keys.onEnterPressed: event => clickOnce(event)
