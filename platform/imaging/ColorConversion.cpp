@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "MemoryCache.h"
+#include "PixelBuffer.h"
 
 namespace lumagrid {
 namespace {
@@ -162,7 +163,7 @@ QImage convertedToSrgb(QImage pixels, ColorModel model, const QByteArray& iccPro
       iccProfile.isEmpty() ? std::make_shared<const Conversion>() : conversionFor(iccProfile, model, depth);
   if (!conversion->transform && !isInks(model)) return std::move(pixels).convertToFormat(result);
   if (depth == Depth::bits16 && conversion->model == ColorModel::rgb && !isInks(model)) {
-    QImage converted(pixels.size(), result);
+    QImage converted = unsetPixels(pixels.size(), result);
     for (int y = 0; y < converted.height(); ++y) {
       cmsDoTransform(conversion->transform.get(), pixels.constScanLine(y), converted.scanLine(y),
                      static_cast<cmsUInt32Number>(pixels.width()));

@@ -7,6 +7,7 @@
 #include "MemoryLimit.h"
 #include "NclxProfile.h"
 #include "PictureFinishing.h"
+#include "PixelBuffer.h"
 
 namespace lumagrid {
 namespace {
@@ -54,7 +55,7 @@ QImage pixelsOf(const heif_image* image, QImage::Format format) {
   int stride = 0;
   const uint8_t* plane = heif_image_get_plane_readonly(image, heif_channel_interleaved, &stride);
   if (plane == nullptr || !isPictureSizeSane(width, height)) return {};
-  QImage pixels(width, height, format);
+  QImage pixels = unsetPixels({width, height}, format);
   if (pixels.isNull()) return pixels;
   const bool isDeep = pixels.depth() == 64;
   const int bits = heif_image_get_bits_per_pixel_range(image, heif_channel_interleaved);

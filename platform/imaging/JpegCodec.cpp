@@ -6,6 +6,7 @@
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
+#include "PixelBuffer.h"
 
 namespace lumagrid {
 namespace {
@@ -50,7 +51,7 @@ DecodedImage decodeJpeg(const CodecRequest& request) {
   const bool isInks = metadata.componentCount == 4;
   const QSize target = shownSize(size, metadata.pixelAspect, request.bound);
   const QSize scaled = request.bound > 0 ? smallestScaled(size, target) : size;
-  QImage pixels(scaled, QImage::Format_RGBX8888);
+  QImage pixels = unsetPixels(scaled, QImage::Format_RGBX8888);
   if (pixels.isNull()) return {{}, ImageError::tooLarge};
   // TJPF_RGBA promises what RGBX8888 needs, 255 in the fourth byte. More than 500 scans are an attack on time.
   const int status = tjDecompress2(handle.get(), bytes, byteCount, pixels.bits(), scaled.width(),

@@ -7,6 +7,7 @@
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
+#include "PixelBuffer.h"
 #include "TiffSamples.h"
 
 namespace lumagrid {
@@ -177,7 +178,7 @@ QImage readSamples(TIFF* tiff, const Layout& layout) {
   constexpr QImage::Format kFormats[2][3] = {
       {QImage::Format_RGBX8888, QImage::Format_RGBA8888_Premultiplied, QImage::Format_RGBA8888},
       {QImage::Format_RGBX64, QImage::Format_RGBA64_Premultiplied, QImage::Format_RGBA64}};
-  QImage pixels(layout.size, kFormats[isDeep ? 1 : 0][static_cast<int>(layout.alpha)]);
+  QImage pixels = unsetPixels(layout.size, kFormats[isDeep ? 1 : 0][static_cast<int>(layout.alpha)]);
   const bool isTiled = TIFFIsTiled(tiff) != 0;
   const auto blockBytes = static_cast<std::int64_t>(isTiled ? TIFFTileSize64(tiff) : TIFFStripSize64(tiff));
   if (pixels.isNull() || blockBytes <= 0 || blockBytes > pictureByteLimit()) return {};
@@ -210,7 +211,7 @@ QImage readSamples(TIFF* tiff, const Layout& layout) {
 
 // The library's own way to RGBA. It stops where the data is damaged; what came until then is shown.
 QImage readRgba(TIFF* tiff, QSize size) {
-  QImage pixels(size, QImage::Format_RGBA8888_Premultiplied);
+  QImage pixels = unsetPixels(size, QImage::Format_RGBA8888_Premultiplied);
   if (pixels.isNull()) return pixels;
   pixels.fill(Qt::transparent);
   auto* raster = reinterpret_cast<quint32*>(pixels.bits());

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "PixelBuffer.h"
+
 namespace lumagrid {
 namespace {
 
@@ -11,7 +13,7 @@ enum class Mirror : unsigned char { no, yes };
 // cache.
 QImage transposed(const QImage& source, Mirror horizontal, Mirror vertical) {
   constexpr int kBlock = 32;
-  QImage result(source.height(), source.width(), source.format());
+  QImage result = unsetPixels(source.size().transposed(), source.format());
   if (result.isNull()) return result;
   const auto* from = reinterpret_cast<const quint32*>(source.constBits());
   auto* to = reinterpret_cast<quint32*>(result.bits());

@@ -13,6 +13,7 @@ class ImageGeometryTest : public QObject {
  private Q_SLOTS:
   void standsUpright_data();
   void standsUpright();
+  void largePicturesStandUprightToo();
   void boundsTheLongerSide_data();
   void boundsTheLongerSide();
   void scaledPixelsAreMeansOfTheirAreas();
@@ -79,6 +80,18 @@ void ImageGeometryTest::standsUpright() {
   const DecodedImage half = folder.decodeBounded(file, 48);
   QCOMPARE(half.pixels.size(), size / 2);
   QVERIFY(isNear(half.pixels, corner.x() / 2, corner.y() / 2, kCorner));
+}
+
+// Their pixels lie in memory of another kind, and are turned in squares that the edges cut.
+void ImageGeometryTest::largePicturesStandUprightToo() {
+  const QByteArray plain = jpeg(picture(1809, 1203));
+  const Folder folder;
+  const QImage turned = folder.decode(withSegment(plain, 0xe1, exif(6))).pixels;
+  QCOMPARE(turned.size(), QSize(1203, 1809));
+  QVERIFY(isNear(turned, 1202, 0, kCorner) && isNear(turned, 0, 0, kGround) && isNear(turned, 1202, 1808, kGround));
+  const QImage mirrored = folder.decode(withSegment(plain, 0xe1, exif(3))).pixels;
+  QCOMPARE(mirrored.size(), QSize(1809, 1203));
+  QVERIFY(isNear(mirrored, 1808, 1202, kCorner) && isNear(mirrored, 0, 0, kGround));
 }
 
 void ImageGeometryTest::boundsTheLongerSide_data() {
