@@ -37,16 +37,30 @@ QImage transposed(const QImage& source, Mirror horizontal, Mirror vertical) {
   return result;
 }
 
+// In place, whoever owns the buffer: QImage's own mirroring copies what it has not allocated.
+QImage mirrored(QImage pixels, Mirror horizontal, Mirror vertical) {
+  const int width = pixels.width();
+  const int height = pixels.height();
+  const auto row = [&pixels](int y) { return reinterpret_cast<quint32*>(pixels.scanLine(y)); };
+  if (vertical == Mirror::yes) {
+    for (int y = 0; y < height / 2; ++y) std::swap_ranges(row(y), row(y) + width, row(height - 1 - y));
+  }
+  if (horizontal == Mirror::yes) {
+    for (int y = 0; y < height; ++y) std::reverse(row(y), row(y) + width);
+  }
+  return pixels;
+}
+
 }  // namespace
 
 QImage upright(QImage pixels, int orientation) {
   switch (orientation) {
     case 2:
-      return std::move(pixels).mirrored(true, false);
+      return mirrored(std::move(pixels), Mirror::yes, Mirror::no);
     case 3:
-      return std::move(pixels).mirrored(true, true);
+      return mirrored(std::move(pixels), Mirror::yes, Mirror::yes);
     case 4:
-      return std::move(pixels).mirrored(false, true);
+      return mirrored(std::move(pixels), Mirror::no, Mirror::yes);
     case 5:
       return transposed(pixels, Mirror::no, Mirror::no);
     case 6:
