@@ -1,0 +1,175 @@
+#include "PhotoView.h"
+
+#include <QQuickWindow>
+#include <cmath>
+#include <utility>
+
+#include "PhotoViewNode.h"
+
+namespace lumagrid {
+
+PhotoView::PhotoView(QQuickItem* parent) : QQuickItem(parent) {
+  setFlag(ItemHasContents);
+  setClip(true);
+  m_worker.setMaxThreadCount(1);
+  connect(&m_clock, &QVariantAnimation::valueChanged, this, [this](const QVariant& seconds) {
+    // Setting the clock up sends values too.
+    if (m_clock.state() == QAbstractAnimation::Running) display(m_motion.at(seconds.toDouble()));
+  });
+}
+
+PhotoView::~PhotoView() {
+  m_levelsStop.request_stop();
+  m_worker.clear();
+  m_worker.waitForDone();
+}
+
+void PhotoView::setImage(const QImage& image) {
+  if (image.cacheKey() == m_image.cacheKey()) return;
+  m_image = image;
+  m_pyramid = image.isNull() ? nullptr : std::make_shared<PhotoPyramid>(image);
+  m_base = {};
+  m_levelsStop.request_stop();
+  m_levelsStop = {};
+  m_madeLevels = false;
+  Q_EMIT imageChanged();
+  Q_EMIT fittedBoxChanged();
+  polish();
+  update();
+}
+
+void PhotoView::setZoomScale(double scale) {
+  m_state.scale = scale;
+  Q_EMIT zoomScaleChanged();
+  polish();
+}
+
+void PhotoView::setOffset(QPointF offset) {
+  m_state.offset = offset;
+  Q_EMIT offsetChanged();
+  polish();
+}
+
+QRectF PhotoView::fittedBox() const {
+  return fittedRect(size(), m_image.size());
+}
+
+void PhotoView::animate(Curve curve) {
+  m_requested = curve == Curve::Spring ? PhotoViewMotion::Curve::spring : PhotoViewMotion::Curve::easeOut;
+  polish();
+}
+
+void PhotoView::followState() {
+  const auto requested = std::exchange(m_requested, std::nullopt);
+  const bool moving = m_clock.state() == QAbstractAnimation::Running;
+  if (m_state == (moving ? m_motion.target() : m_displayed)) return;
+  if (!requested) {
+    m_clock.stop();
+    display(m_state);
+    return;
+  }
+  m_motion = moving ? m_motion.retargeted(*requested, m_state, m_clock.currentValue().toDouble())
+                    : PhotoViewMotion(*requested, m_displayed, m_state);
+  m_clock.stop();
+  if (m_motion.duration() <= 0) return display(m_state);
+  m_clock.setDuration(static_cast<int>(std::ceil(1000 * m_motion.duration())));
+  m_clock.setStartValue(0.0);
+  m_clock.setEndValue(m_clock.duration() / 1000.0);
+  m_clock.start();
+}
+
+void PhotoView::display(const PhotoPlacement& placement) {
+  m_displayed = placement;
+  makeLevels();
+  Q_EMIT displayedChanged();
+  update();
+}
+
+double PhotoView::devicePixelRatio() const {
+  return window() ? window()->effectiveDevicePixelRatio() : 1;
+}
+
+QRectF PhotoView::alignedBox() const {
+  return pixelAligned(fittedBox(), mapToScene(QPointF()), devicePixelRatio());
+}
+
+QSize PhotoView::wantedBaseSize() const {
+  const QSize device = (alignedBox().size() * devicePixelRatio()).toSize();
+  const QSize photo = m_pyramid->size();
+  return device.width() >= photo.width() && device.height() >= photo.height() ? photo : device.boundedTo(photo);
+}
+
+void PhotoView::updatePolish() {
+  followState();
+  if (isVisible() && m_pyramid && !size().isEmpty()) {
+    makeBase();
+    makeLevels();
+  }
+}
+
+void PhotoView::makeBase() {
+  const QSize wanted = wantedBaseSize();
+  if (m_base.size() == wanted) return;
+  if (m_base.isNull() || wanted == m_pyramid->size()) {
+    m_base = m_pyramid->fitted(wanted);
+    update();
+    return;
+  }
+  if (m_makingBase) return;  // asks again when it is done
+  m_makingBase = true;
+  m_worker.start([this, wanted, pyramid = std::weak_ptr(m_pyramid)] {
+    QImage base;
+    const auto shared = pyramid.lock();
+    if (shared) base = shared->fitted(wanted);
+    QMetaObject::invokeMethod(
+        this,
+        [this, base, shared] {
+          m_makingBase = false;
+          if (!shared || shared != m_pyramid) return;
+          m_base = base;
+          polish();
+          update();
+        },
+        Qt::QueuedConnection);
+  });
+}
+
+// The coarser levels are only needed for a photo that has more pixels than its fitted view, once it is to stay zoomed.
+void PhotoView::makeLevels() {
+  if (m_madeLevels || m_state.scale <= 1 || !m_pyramid || m_base.size() == m_pyramid->size()) return;
+  m_madeLevels = true;
+  m_worker.start([this, pyramid = std::weak_ptr(m_pyramid), stop = m_levelsStop.get_token()] {
+    while (const auto shared = pyramid.lock()) {
+      if (!shared->buildNextLevel(stop)) return;
+      QMetaObject::invokeMethod(this, &QQuickItem::update, Qt::QueuedConnection);
+    }
+  });
+}
+
+QSGNode* PhotoView::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
+  if (!m_pyramid || m_base.isNull()) {
+    delete oldNode;
+    return nullptr;
+  }
+  auto* node = oldNode ? static_cast<PhotoViewNode*>(oldNode) : std::make_unique<PhotoViewNode>(window()).release();
+  const bool pending = node->show({m_pyramid, m_base, alignedBox(), size(), m_displayed, devicePixelRatio()});
+  if (pending) QMetaObject::invokeMethod(this, &QQuickItem::update, Qt::QueuedConnection);
+  return node;
+}
+
+void PhotoView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+  QQuickItem::geometryChange(newGeometry, oldGeometry);
+  Q_EMIT fittedBoxChanged();
+  polish();
+  update();
+}
+
+void PhotoView::itemChange(ItemChange change, const ItemChangeData& value) {
+  QQuickItem::itemChange(change, value);
+  if (change == ItemDevicePixelRatioHasChanged || change == ItemVisibleHasChanged || change == ItemSceneChange) {
+    polish();
+    update();
+  }
+}
+
+}  // namespace lumagrid

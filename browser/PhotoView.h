@@ -1,0 +1,99 @@
+#pragma once
+
+#include <QtQml/qqmlregistration.h>
+#include <QImage>
+#include <QPointF>
+#include <QQuickItem>
+#include <QThreadPool>
+#include <QVariantAnimation>
+#include <memory>
+#include <optional>
+#include <stop_token>
+
+#include "PhotoPyramid.h"
+#include "PhotoViewGeometry.h"
+#include "PhotoViewMotion.h"
+
+namespace lumagrid {
+
+// The photo on the detail stage: fitted into the stage's box (see fittedRect), scaled by `zoomScale` about the stage's
+// centre and moved by `offset` points. Main thread.
+// - Fitted, it is drawn pixel by pixel from a picture made for that size. A new photo shows in the next frame; a new
+//   size shows the picture in hand, scaled, until a thread has made another.
+// - Zoomed, it is drawn from tiles (see PhotoViewNode), which arrive over the next frames. A zoom or a move decodes and
+//   lays out nothing.
+// - The photo's pixels are shared, never copied; its coarser levels are made when it is first zoomed.
+// Draws inside its own bounds only.
+class PhotoView : public QQuickItem {
+  Q_OBJECT
+  QML_ELEMENT
+  // RGBX8888 or RGBA8888_Premultiplied (others are converted); null shows nothing.
+  Q_PROPERTY(QImage image READ image WRITE setImage NOTIFY imageChanged)
+  Q_PROPERTY(double zoomScale READ zoomScale WRITE setZoomScale NOTIFY zoomScaleChanged)
+  Q_PROPERTY(QPointF offset READ offset WRITE setOffset NOTIFY offsetChanged)
+  // In points of the item, at scale 1 without offset.
+  Q_PROPERTY(QRectF fittedBox READ fittedBox NOTIFY fittedBoxChanged)
+  // What is on screen: follows zoomScale and offset at the next frame, or along a curve (see animate).
+  Q_PROPERTY(double displayedScale READ displayedScale NOTIFY displayedChanged)
+  Q_PROPERTY(QPointF displayedOffset READ displayedOffset NOTIFY displayedChanged)
+
+ public:
+  enum class Curve { Spring, EaseOut };
+  Q_ENUM(Curve)
+
+  explicit PhotoView(QQuickItem* parent = nullptr);
+  ~PhotoView() override;
+
+  [[nodiscard]] QImage image() const { return m_image; }
+  void setImage(const QImage& image);
+  [[nodiscard]] double zoomScale() const { return m_state.scale; }
+  void setZoomScale(double scale);
+  [[nodiscard]] QPointF offset() const { return m_state.offset; }
+  void setOffset(QPointF offset);
+  [[nodiscard]] QRectF fittedBox() const;
+  [[nodiscard]] double displayedScale() const { return m_displayed.scale; }
+  [[nodiscard]] QPointF displayedOffset() const { return m_displayed.offset; }
+
+  // What zoomScale and offset become before the next frame, earlier or later than this call, is reached along the curve
+  // (see PhotoViewMotion). Changes without this are shown at once and end a movement in progress.
+  Q_INVOKABLE void animate(lumagrid::PhotoView::Curve curve);
+
+ Q_SIGNALS:
+  void imageChanged();
+  void zoomScaleChanged();
+  void offsetChanged();
+  void fittedBoxChanged();
+  void displayedChanged();
+
+ protected:
+  void updatePolish() override;
+  QSGNode* updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData* data) override;
+  void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+  void itemChange(ItemChange change, const ItemChangeData& value) override;
+
+ private:
+  void followState();
+  void display(const PhotoPlacement& placement);
+  void makeBase();
+  void makeLevels();
+  [[nodiscard]] double devicePixelRatio() const;
+  [[nodiscard]] QRectF alignedBox() const;
+  [[nodiscard]] QSize wantedBaseSize() const;
+
+  QImage m_image;
+  std::shared_ptr<PhotoPyramid> m_pyramid;
+  QImage m_base;
+  bool m_makingBase = false;
+  bool m_madeLevels = false;
+  std::stop_source m_levelsStop;  // of the photo in hand
+
+  PhotoPlacement m_state;
+  PhotoPlacement m_displayed;
+  std::optional<PhotoViewMotion::Curve> m_requested;
+  PhotoViewMotion m_motion;
+  QVariantAnimation m_clock;  // seconds since the motion's start, in step with the frames
+
+  QThreadPool m_worker;  // one thread; its destructor waits, so work may refer to this item
+};
+
+}  // namespace lumagrid

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QPointF>
+#include <QRect>
+#include <QRectF>
+#include <QSize>
+#include <QSizeF>
+
+namespace lumagrid {
+
+// How a photo is displayed: `scale` relative to its fitted size, about the centre of the stage, then `offset` in
+// points.
+struct PhotoPlacement {
+  double scale = 1;
+  QPointF offset;
+
+  friend bool operator==(const PhotoPlacement& a, const PhotoPlacement& b) {
+    return a.scale == b.scale && a.offset.x() == b.offset.x() && a.offset.y() == b.offset.y();
+  }
+};
+
+// The rectangle, in points of the stage, of a photo of `photo` pixels fitted into the stage's box, which leaves room
+// for the controls (150 points across, 116 down, but never smaller than 180 x 180) and is centred. Small photos are
+// scaled up. Empty for an empty photo.
+[[nodiscard]] QRectF fittedRect(QSizeF stage, QSize photo);
+
+// `rect` with its edges on whole device pixels (at least one each way), where `origin` is the stage's position in the
+// window in points and `devicePixelRatio` the pixels of a point.
+[[nodiscard]] QRectF pixelAligned(const QRectF& rect, QPointF origin, double devicePixelRatio);
+
+// Where `fitted` lies once it is placed on the stage.
+[[nodiscard]] QRectF placedRect(const QRectF& fitted, QSizeF stage, const PhotoPlacement& placement);
+
+// The level of a pyramid that has at least one texel, and fewer than two, for a device pixel, when the photo has
+// `photoPixelsPerDevicePixel`: 0 when it is magnified, the coarsest of `levelCount` at most.
+[[nodiscard]] int levelFor(double photoPixelsPerDevicePixel, int levelCount);
+
+// The levels are cut into squares of kTileSide texels, numbered from the top left. Each is uploaded with one more texel
+// around, where there is one, so that a filtered edge meets its neighbour's without a seam. A tile covers exactly four
+// of the level below it.
+struct PhotoTile {
+  static constexpr int kTileSide = 510;
+
+  int level = 0;
+  int column = 0;
+  int row = 0;
+
+  friend auto operator<=>(const PhotoTile&, const PhotoTile&) = default;
+
+  // In the photo's pixels, cut at its edges.
+  [[nodiscard]] QRectF photoRect(QSize photo) const;
+  // The texels to upload, in those of the level, which is `levelSize` large.
+  [[nodiscard]] QRect texels(QSize levelSize) const;
+  // The part of the uploaded texels that shows `part`, in the photo's pixels.
+  [[nodiscard]] QRectF sourceRect(const QRectF& part) const;
+  [[nodiscard]] PhotoTile parent() const { return {level + 1, column / 2, row / 2}; }
+};
+
+// The columns (x) and rows (y) of the level's tiles that touch `visible`, in the photo's pixels; empty when none does.
+[[nodiscard]] QRect tilesTouching(const QRectF& visible, QSize photo, int level);
+
+}  // namespace lumagrid

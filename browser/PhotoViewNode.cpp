@@ -1,0 +1,195 @@
+#include "PhotoViewNode.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace lumagrid {
+
+namespace {
+
+constexpr double kMargin = 32;  // points around the stage that are kept sharp for the next move
+
+QMatrix4x4 photoToStage(const QRectF& placed, QSize photo) {
+  QMatrix4x4 matrix;
+  matrix.translate(static_cast<float>(placed.x()), static_cast<float>(placed.y()));
+  matrix.scale(static_cast<float>(placed.width() / photo.width()),
+               static_cast<float>(placed.height() / photo.height()));
+  return matrix;
+}
+
+QRectF visiblePart(const PhotoViewFrame& frame, const QRectF& placed) {
+  const QRectF stage = QRectF(QPointF(), frame.stage).adjusted(-kMargin, -kMargin, kMargin, kMargin);
+  const double across = frame.pyramid->size().width() / placed.width();
+  const double down = frame.pyramid->size().height() / placed.height();
+  return {(stage.x() - placed.x()) * across, (stage.y() - placed.y()) * down, stage.width() * across,
+          stage.height() * down};
+}
+
+double photoPixelsPerDevicePixel(const PhotoViewFrame& frame, const QRectF& placed) {
+  const QSize photo = frame.pyramid->size();
+  const double pixels = std::max(photo.width(), photo.height());
+  return pixels / (std::max(placed.width(), placed.height()) * frame.devicePixelRatio);
+}
+
+}  // namespace
+
+// The patches' nodes go before the textures that they show.
+PhotoViewNode::~PhotoViewNode() {
+  m_nodes.clear();
+}
+
+bool PhotoViewNode::show(const PhotoViewFrame& frame) {
+  takePhoto(frame);
+  ++m_frame;
+  m_patches.clear();
+  const QSize photo = frame.pyramid->size();
+  const QRectF placed = placedRect(frame.fitted, frame.stage, frame.placement);
+  setMatrix(photoToStage(placed, photo));
+  bool pending = false;
+  if (frame.placement.scale <= 1 || frame.base.size() == photo) {
+    m_patches.push_back({m_base.get(), QRectF(QPointF(), QSizeF(frame.base.size())), QRectF(QPointF(), QSizeF(photo))});
+  } else {
+    pending = showTiles(frame, levelFor(photoPixelsPerDevicePixel(frame, placed), frame.pyramid->levelCount()));
+  }
+  applyPatches();
+  dropUnseen();
+  return pending;
+}
+
+void PhotoViewNode::takePhoto(const PhotoViewFrame& frame) {
+  if (m_pyramid.lock() != frame.pyramid) {
+    m_nodes.clear();
+    m_tiles.clear();
+    m_tileBytes = 0;
+    m_pyramid = frame.pyramid;
+    m_base.reset();
+  }
+  if (!m_base || m_baseKey != frame.base.cacheKey()) {
+    m_nodes.clear();
+    m_base = makeTexture(frame.base);
+    m_baseKey = frame.base.cacheKey();
+  }
+}
+
+bool PhotoViewNode::showTiles(const PhotoViewFrame& frame, int level) {
+  const QRectF visible = visiblePart(frame, placedRect(frame.fitted, frame.stage, frame.placement));
+  const QSize photo = frame.pyramid->size();
+  const QRect tiles = tilesTouching(visible, photo, level);
+  if (tiles.isEmpty()) return false;
+  const bool pending = upload(frame, level, tiles, visible);
+  for (int row = tiles.top(); row <= tiles.bottom(); ++row) {
+    for (int column = tiles.left(); column <= tiles.right(); ++column) addPatches({level, column, row}, photo);
+  }
+  return pending;
+}
+
+bool PhotoViewNode::upload(const PhotoViewFrame& frame, int level, const QRect& tiles, const QRectF& visible) {
+  const QImage texels = frame.pyramid->level(level);
+  if (texels.isNull()) return false;  // whoever builds it asks for a frame
+  const QSize photo = frame.pyramid->size();
+  std::vector<std::pair<double, PhotoTile>> missing;  // by distance from the middle
+  for (int row = tiles.top(); row <= tiles.bottom(); ++row) {
+    for (int column = tiles.left(); column <= tiles.right(); ++column) {
+      const PhotoTile tile{level, column, row};
+      if (m_tiles.contains(tile)) continue;
+      const QPointF away = tile.photoRect(photo).center() - visible.center();
+      missing.emplace_back(std::hypot(away.x(), away.y()), tile);
+    }
+  }
+  std::sort(missing.begin(), missing.end());
+  qint64 uploaded = 0;
+  for (const auto& [distance, tile] : missing) {
+    const QRect part = tile.texels(texels.size());
+    const qint64 bytes = qint64{4} * part.width() * part.height();
+    if (uploaded > 0 && uploaded + bytes > kUploadBytes) return true;
+    m_tiles[tile] = {makeTexture(texels.copy(part)), m_frame, bytes};
+    m_tileBytes += bytes;
+    uploaded += bytes;
+  }
+  return false;
+}
+
+void PhotoViewNode::addPatches(const PhotoTile& tile, QSize photo) {
+  const QRectF part = tile.photoRect(photo);
+  if (Texture* const own = find(tile)) return addPatch(*own, tile, part);
+
+  // While zooming out, the finer tiles are still there.
+  if (tile.level > 0) {
+    std::vector<PhotoTile> children;
+    for (const int k : {0, 1, 2, 3}) {
+      const PhotoTile child{tile.level - 1, 2 * tile.column + k % 2, 2 * tile.row + k / 2};
+      if (!child.photoRect(photo).isEmpty()) children.push_back(child);
+    }
+    if (std::all_of(children.begin(), children.end(), [this](const PhotoTile& child) { return find(child); })) {
+      for (const PhotoTile& child : children) addPatch(*find(child), child, child.photoRect(photo));
+      return;
+    }
+  }
+  // A coarser one is of use while a level that coarse exists: the map is ordered by level.
+  for (PhotoTile coarser = tile.parent(); !m_tiles.empty() && coarser.level <= m_tiles.rbegin()->first.level;
+       coarser = coarser.parent()) {
+    if (Texture* const found = find(coarser)) return addPatch(*found, coarser, part);
+  }
+  const QSize base = m_base->textureSize();
+  const double across = static_cast<double>(base.width()) / photo.width();
+  const double down = static_cast<double>(base.height()) / photo.height();
+  m_patches.push_back(
+      {m_base.get(), QRectF(part.x() * across, part.y() * down, part.width() * across, part.height() * down), part});
+}
+
+PhotoViewNode::Texture* PhotoViewNode::find(const PhotoTile& tile) {
+  const auto found = m_tiles.find(tile);
+  return found == m_tiles.end() ? nullptr : &found->second;
+}
+
+void PhotoViewNode::addPatch(Texture& texture, const PhotoTile& tile, const QRectF& part) {
+  texture.shownInFrame = m_frame;
+  m_patches.push_back({texture.texture.get(), tile.sourceRect(part), part});
+}
+
+void PhotoViewNode::applyPatches() {
+  if (m_nodes.size() > m_patches.size()) m_nodes.resize(m_patches.size());
+  for (std::size_t i = 0; i < m_patches.size(); ++i) {
+    const Patch& patch = m_patches[i];
+    if (i == m_nodes.size()) {
+      m_nodes.emplace_back(m_window->createImageNode())->setFiltering(QSGTexture::Linear);
+      m_nodes.back()->setFlag(OwnedByParent, false);
+      m_nodes.back()->setTexture(patch.texture);
+      appendChildNode(m_nodes.back().get());
+    }
+    QSGImageNode& node = *m_nodes[i];
+    if (node.texture() == patch.texture && node.rect() == patch.target && node.sourceRect() == patch.source) continue;
+    node.setTexture(patch.texture);
+    node.setRect(patch.target);
+    node.setSourceRect(patch.source);
+  }
+}
+
+void PhotoViewNode::dropUnseen() {
+  if (m_tileBytes <= kTextureBytes) return;
+  std::vector<std::pair<quint64, PhotoTile>> unseen;
+  for (const auto& [tile, texture] : m_tiles) {
+    if (texture.shownInFrame != m_frame) unseen.emplace_back(texture.shownInFrame, tile);
+  }
+  std::sort(unseen.begin(), unseen.end());
+  for (const auto& [frame, tile] : unseen) {
+    if (m_tileBytes <= kTextureBytes) break;
+    const auto found = m_tiles.find(tile);
+    m_tileBytes -= found->second.bytes;
+    m_tiles.erase(found);
+  }
+}
+
+std::unique_ptr<QSGTexture> PhotoViewNode::makeTexture(const QImage& image) const {
+  const auto options = image.hasAlphaChannel() ? QQuickWindow::CreateTextureOptions() : QQuickWindow::TextureIsOpaque;
+  // The one format that is uploaded without a conversion; the unused byte of an opaque pixel is 255.
+  QImage pixels = image;
+  if (pixels.format() == QImage::Format_RGBX8888) {
+    pixels = QImage(
+        image.constBits(), image.width(), image.height(), image.bytesPerLine(), QImage::Format_RGBA8888_Premultiplied,
+        [](void* kept) { delete static_cast<QImage*>(kept); }, std::make_unique<QImage>(image).release());
+  }
+  return std::unique_ptr<QSGTexture>(m_window->createTextureFromImage(pixels, options));
+}
+
+}  // namespace lumagrid
