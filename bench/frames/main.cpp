@@ -1,0 +1,160 @@
+// Frame times of the photo on the detail stage: what each frame costs this process, from the moment the window is asked
+// to draw until its buffers are swapped, while a photo is pinched, dragged, springs back and is stepped.
+// Usage: lumagrid-bench-frames IMAGE IMAGE [IMAGE...]
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QImageReader>
+#include <QQuickWindow>
+#include <QTimer>
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <numbers>
+#include <utility>
+#include <vector>
+
+#include "PhotoView.h"
+
+namespace {
+
+using lumagrid::PhotoView;
+
+// Notes when a frame begins and ends. The beginning is the request on the main thread, so that polishing counts; with a
+// render thread of its own the end comes from there.
+class FrameTimes : public QObject {
+ public:
+  explicit FrameTimes(QQuickWindow* window) : QObject(window) {
+    m_clock.start();
+    window->installEventFilter(this);
+    connect(
+        window, &QQuickWindow::frameSwapped, this, [this] { finish(); }, Qt::DirectConnection);
+  }
+
+  [[nodiscard]] std::vector<double> take() { return std::exchange(m_milliseconds, {}); }
+
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::UpdateRequest) m_begin = m_clock.nsecsElapsed();
+    return false;
+  }
+
+ private:
+  void finish() {
+    const qint64 begin = m_begin.exchange(0);
+    if (begin != 0) m_milliseconds.push_back(static_cast<double>(m_clock.nsecsElapsed() - begin) / 1e6);
+  }
+
+  QElapsedTimer m_clock;
+  std::atomic<qint64> m_begin = 0;
+  std::vector<double> m_milliseconds;
+};
+
+void report(const char* name, std::vector<double> times) {
+  if (times.empty()) return;
+  std::sort(times.begin(), times.end());
+  const auto at = [&times](double share) {
+    return times[static_cast<std::size_t>(share * static_cast<double>(times.size() - 1))];
+  };
+  const auto above = [&times](double limit) {
+    const auto count = times.end() - std::upper_bound(times.begin(), times.end(), limit);
+    return 100.0 * static_cast<double>(count) / static_cast<double>(times.size());
+  };
+  std::printf(
+      "%-22s %4zu frames  median %6.2f  p95 %6.2f  p99 %6.2f  max %6.2f ms  >16.7 ms %5.1f %%  >33 ms %5.1f %%\n", name,
+      times.size(), at(0.5), at(0.95), at(0.99), times.back(), above(16.7), above(33));
+}
+
+// Turns the event loop until the next frame is on screen.
+void nextFrame(QQuickWindow& window) {
+  QEventLoop loop;
+  QObject::connect(&window, &QQuickWindow::frameSwapped, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+  window.update();
+  loop.exec();
+}
+
+// Draws `frames` frames, each after one step of the gesture, at most one every 16 ms.
+void gesture(QQuickWindow& window, int frames, const std::function<void(double)>& step) {
+  QElapsedTimer clock;
+  for (int i = 0; i <= frames; ++i) {
+    clock.start();
+    step(static_cast<double>(i) / frames);
+    nextFrame(window);
+    QEventLoop rest;
+    QTimer::singleShot(static_cast<int>(std::max<qint64>(0, 16 - clock.elapsed())), Qt::PreciseTimer, &rest,
+                       &QEventLoop::quit);
+    rest.exec();
+  }
+}
+
+QImage load(const QString& file) {
+  QImageReader reader(file);
+  return reader.read().convertToFormat(QImage::Format_RGBX8888);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  QGuiApplication app(argc, argv);
+  QImageReader::setAllocationLimit(0);
+  std::vector<QImage> photos;
+  for (const QString& file : app.arguments().mid(1)) photos.push_back(load(file));
+  if (photos.size() < 2 ||
+      std::any_of(photos.begin(), photos.end(), [](const QImage& photo) { return photo.isNull(); })) {
+    std::fprintf(stderr, "usage: lumagrid-bench-frames IMAGE IMAGE [IMAGE...]\n");
+    return 2;
+  }
+
+  QQuickWindow window;
+  window.resize(1100, 760);
+  PhotoView view(window.contentItem());
+  view.setSize(window.size());
+  window.show();
+  nextFrame(window);
+  FrameTimes times(&window);
+
+  std::vector<double> steps;
+  gesture(window, 20, [&, i = std::size_t{0}](double) mutable {
+    QElapsedTimer clock;
+    clock.start();
+    view.setImage(photos[++i % photos.size()]);
+    nextFrame(window);
+    steps.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6);
+  });
+  report("new photo to its frame", steps);
+  (void)times.take();
+
+  const auto pinch = [&view](double t) { view.setZoomScale(1 + 1.5 * (1 - std::cos(2 * std::numbers::pi * t))); };
+  gesture(window, 240, pinch);
+  report("first pinch 1-4-1", times.take());
+  gesture(window, 240, pinch);
+  report("second pinch 1-4-1", times.take());
+  view.setZoomScale(4);
+  gesture(window, 30, [](double) {});
+  (void)times.take();
+  gesture(window, 240, [&view](double t) {
+    view.setOffset({1500 * std::sin(2 * std::numbers::pi * t), 900 * std::sin(4 * std::numbers::pi * t)});
+  });
+  report("drag at 4", times.take());
+  std::vector<double> springs;
+  for (int i = 0; i < 4; ++i) {
+    view.setZoomScale(4);
+    view.setOffset({300, 200});
+    do {
+      nextFrame(window);
+    } while (view.displayedScale() != 4);
+    (void)times.take();
+    view.animate(PhotoView::Curve::Spring);
+    view.setZoomScale(1);
+    view.setOffset({});
+    do {
+      nextFrame(window);
+    } while (view.displayedScale() != 1);
+    const std::vector<double> spring = times.take();
+    springs.insert(springs.end(), spring.begin(), spring.end());
+  }
+  report("four springs 4-1", springs);
+  return 0;
+}
