@@ -1,0 +1,173 @@
+#include "PhotoThumbnailTile.h"
+
+#include <QMouseEvent>
+#include <QPointer>
+#include <QQuickWindow>
+#include <QSGRendererInterface>
+
+#include "Palette.h"
+#include "ThumbnailStore.h"
+#include "TileNode.h"
+
+namespace lumagrid {
+
+namespace {
+
+constexpr int kCheckAnimationMs = 150;
+constexpr double kLeastBound = 240;  // pixels
+
+QByteArray loadKey(const PhotoItem& photo, double side) {
+  return photo.id() + '-' + QByteArray::number(static_cast<qint64>(side));
+}
+
+}  // namespace
+
+PhotoThumbnailTile::PhotoThumbnailTile(QQuickItem* parent) : QQuickItem(parent) {
+  setFlag(ItemHasContents);
+  setAcceptedMouseButtons(Qt::LeftButton);
+  m_checkAnimation.setEasingCurve(QEasingCurve::OutQuad);
+  m_checkAnimation.setDuration(kCheckAnimationMs);
+  connect(&m_checkAnimation, &QVariantAnimation::valueChanged, this, &QQuickItem::update);
+  m_checkAnimation.setStartValue(0.0);
+  m_checkAnimation.setEndValue(1.0);
+  connect(Palette::instance(), &Palette::changed, this, &QQuickItem::update);
+  connect(this, &QQuickItem::visibleChanged, this, &PhotoThumbnailTile::updateSpinner);
+}
+
+double PhotoThumbnailTile::maxPixelSize(double side) {
+  return std::max(kLeastBound, 2 * side);
+}
+
+void PhotoThumbnailTile::setPhoto(const PhotoItem& photo) {
+  if (photo == m_photo) return;
+  m_photo = photo;
+  m_thumbnail = {};
+  m_loads.clear();
+  m_loadKey.reset();
+  updateSpinner();
+  update();
+  loadWhenKeyChanged();
+  Q_EMIT photoChanged();
+}
+
+void PhotoThumbnailTile::setSide(double side) {
+  m_side = side;
+  setSize({side, side});
+  loadWhenKeyChanged();
+}
+
+void PhotoThumbnailTile::setMarks(bool isCurrentlyViewing, bool isChecked, Transition transition) {
+  const bool checkChanged = isChecked != m_isChecked;
+  if (isCurrentlyViewing == m_isCurrentlyViewing && !checkChanged) return;
+  m_isCurrentlyViewing = isCurrentlyViewing;
+  m_isChecked = isChecked;
+  if (checkChanged) {
+    m_checkAnimation.stop();
+    m_checkAnimation.setStartValue(transition == Transition::animated ? m_checkAnimation.currentValue()
+                                                                      : QVariant(isChecked ? 1.0 : 0.0));
+    m_checkAnimation.setEndValue(isChecked ? 1.0 : 0.0);
+    m_checkAnimation.start();
+  }
+  update();
+  Q_EMIT marksChanged();
+}
+
+void PhotoThumbnailTile::setFocusRing(bool hasFocusRing) {
+  if (hasFocusRing == m_hasFocusRing) return;
+  m_hasFocusRing = hasFocusRing;
+  update();
+}
+
+void PhotoThumbnailTile::retire() {
+  setFocusRing(false);
+  setMarks(false, false, Transition::immediate);
+  setPhoto({});
+}
+
+// A key that changes several times before the event loop turns, while the window's edge is dragged say, loads once.
+void PhotoThumbnailTile::loadWhenKeyChanged() {
+  if (std::exchange(m_loadScheduled, true)) return;
+  QMetaObject::invokeMethod(this, &PhotoThumbnailTile::loadThumbnail, Qt::QueuedConnection);
+}
+
+void PhotoThumbnailTile::loadThumbnail() {
+  m_loadScheduled = false;
+  if (m_photo.url.isEmpty() || m_side <= 0 || !m_queue) return;
+  const QByteArray key = loadKey(m_photo, m_side);
+  if (key == m_loadKey) return;
+  m_loadKey = key;
+  // What a thread has taken runs to its end and is shown when it comes; what none has taken is replaced.
+  std::erase_if(m_loads, [](const BackgroundQueue::Ticket& load) { return load.isWaiting(); });
+
+  const FileUrl url = m_photo.url;
+  const double bound = maxPixelSize(m_side);
+  if (const QImage cached = ThumbnailStore::cachedThumbnail(url, bound); !cached.isNull()) {
+    showThumbnail(url.path(), cached);
+    return;
+  }
+  const auto result = std::make_shared<QImage>();
+  m_loads.push_back(m_queue->enqueue([url, bound, result] { *result = ThumbnailStore::thumbnail(url, bound); },
+                                     [this, path = url.path(), result] { showThumbnail(path, *result); }));
+}
+
+void PhotoThumbnailTile::showThumbnail(const QByteArray& path, const QImage& thumbnail) {
+  if (path != m_photo.id()) return;
+  m_thumbnail = thumbnail;
+  updateSpinner();
+  update();
+}
+
+void PhotoThumbnailTile::updateSpinner() {
+  QQuickWindow* wanted = isVisible() && m_thumbnail.isNull() && !m_photo.url.isEmpty() ? window() : nullptr;
+  if (wanted == m_spinnerWindow) return;
+  m_spinnerWindow = wanted;
+  m_spinner = wanted ? SpinnerClock::Running(wanted) : SpinnerClock::Running();
+  if (wanted) {
+    connect(SpinnerClock::instance(), &SpinnerClock::ticked, this, &QQuickItem::update, Qt::UniqueConnection);
+  } else {
+    disconnect(SpinnerClock::instance(), nullptr, this, nullptr);
+  }
+}
+
+void PhotoThumbnailTile::itemChange(ItemChange change, const ItemChangeData& data) {
+  if (change == ItemSceneChange || change == ItemDevicePixelRatioHasChanged) {
+    updateSpinner();
+    update();
+  }
+  QQuickItem::itemChange(change, data);
+}
+
+QSGNode* PhotoThumbnailTile::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData* /*data*/) {
+  auto* node = static_cast<TileNode*>(oldNode);
+  if (!node) node = new TileNode;
+  TileLook look;
+  look.side = m_side;
+  look.thumbnail = m_thumbnail;
+  look.spinnerStep = m_spinnerWindow ? std::optional(SpinnerClock::instance()->step()) : std::nullopt;
+  look.isCurrentlyViewing = m_isCurrentlyViewing;
+  look.isPressed = m_isPressed;
+  look.hasFocusRing = m_hasFocusRing;
+  look.checked = m_checkAnimation.currentValue().toDouble();
+  node->update(window(), look);
+  return node;
+}
+
+void PhotoThumbnailTile::mousePressEvent(QMouseEvent* event) {
+  // A drag with the mouse is no scrolling; one with a finger is.
+  setKeepMouseGrab(event->deviceType() == QInputDevice::DeviceType::Mouse);
+  m_isPressed = true;
+  update();
+  event->accept();
+}
+
+void PhotoThumbnailTile::mouseReleaseEvent(QMouseEvent* event) {
+  mouseUngrabEvent();
+  if (contains(event->position())) Q_EMIT clicked(event->modifiers());
+}
+
+void PhotoThumbnailTile::mouseUngrabEvent() {
+  m_isPressed = false;
+  update();
+}
+
+}  // namespace lumagrid
