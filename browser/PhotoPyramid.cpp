@@ -11,8 +11,9 @@ namespace lumagrid {
 namespace {
 
 QImage inTextureFormat(QImage photo) {
-  if (photo.format() == QImage::Format_RGBX8888 || photo.format() == QImage::Format_RGBA8888_Premultiplied)
+  if (photo.format() == QImage::Format_RGBX8888 || photo.format() == QImage::Format_RGBA8888_Premultiplied) {
     return photo;
+  }
   return std::move(photo).convertToFormat(photo.hasAlphaChannel() ? QImage::Format_RGBA8888_Premultiplied
                                                                   : QImage::Format_RGBX8888);
 }
@@ -71,9 +72,13 @@ void sumRows(const QImage& image, const Span& span, const std::uint16_t* weights
       return static_cast<std::uint16_t>(rows[0][i] * w[0] + rows[1][i] * w[1] + rows[2][i] * w[2] + rows[3][i] * w[3]);
     };
     if (start == 0) {
-      for (std::size_t i = 0; i < bytes; ++i) out[i] = weighted(i);
+      for (std::size_t i = 0; i < bytes; ++i) {
+        out[i] = weighted(i);
+      }
     } else {
-      for (std::size_t i = 0; i < bytes; ++i) out[i] = static_cast<std::uint16_t>(out[i] + weighted(i));
+      for (std::size_t i = 0; i < bytes; ++i) {
+        out[i] = static_cast<std::uint16_t>(out[i] + weighted(i));
+      }
     }
   }
 }
@@ -84,9 +89,13 @@ void sumColumns(const std::vector<std::uint16_t>& sums, const Filter& columns, s
     const std::uint16_t* weight = columns.weights.data() + span.weights;
     std::uint32_t total[4] = {};
     for (int k = 0; k < span.count; ++k, texel += 4) {
-      for (int c = 0; c < 4; ++c) total[c] += static_cast<std::uint32_t>(texel[c]) * weight[k];
+      for (int c = 0; c < 4; ++c) {
+        total[c] += static_cast<std::uint32_t>(texel[c]) * weight[k];
+      }
     }
-    for (int c = 0; c < 4; ++c) *out++ = static_cast<std::uint8_t>((total[c] + 0x8000) >> 16);
+    for (int c = 0; c < 4; ++c) {
+      *out++ = static_cast<std::uint8_t>((total[c] + 0x8000) >> 16);
+    }
   }
 }
 
@@ -94,8 +103,9 @@ void sumColumns(const std::vector<std::uint16_t>& sums, const Filter& columns, s
 
 PhotoPyramid::PhotoPyramid(QImage photo) : m_photo(inTextureFormat(std::move(photo))) {
   int levels = 1;
-  for (QSize size = m_photo.size(); std::max(size.width(), size.height()) > kCoarsestSide; size = halvedSize(size))
+  for (QSize size = m_photo.size(); std::max(size.width(), size.height()) > kCoarsestSide; size = halvedSize(size)) {
     ++levels;
+  }
   m_levels.resize(static_cast<std::size_t>(levels));
   m_levels[0] = m_photo;
 }
@@ -105,17 +115,23 @@ QImage PhotoPyramid::level(int level) const {
   return m_levels.at(static_cast<std::size_t>(level));
 }
 
-bool PhotoPyramid::buildNextLevel(std::stop_token stop) {
+bool PhotoPyramid::buildNextLevel(const std::stop_token& stop) {
   QImage finer;
   std::size_t next = 0;
   {
     const std::scoped_lock lock(m_mutex);
-    while (next < m_levels.size() && !m_levels[next].isNull()) ++next;
-    if (next == m_levels.size()) return false;
+    while (next < m_levels.size() && !m_levels[next].isNull()) {
+      ++next;
+    }
+    if (next == m_levels.size()) {
+      return false;
+    }
     finer = m_levels[next - 1];
   }
   QImage built = halved(finer, stop);
-  if (built.isNull()) return false;
+  if (built.isNull()) {
+    return false;
+  }
   const std::scoped_lock lock(m_mutex);
   m_levels[next] = std::move(built);
   return true;
@@ -126,10 +142,14 @@ QImage PhotoPyramid::fitted(QSize pixels) const {
   {
     const std::scoped_lock lock(m_mutex);
     for (const QImage& level : m_levels) {
-      if (level.width() >= 2 * pixels.width() && level.height() >= 2 * pixels.height()) source = level;
+      if (level.width() >= 2 * pixels.width() && level.height() >= 2 * pixels.height()) {
+        source = level;
+      }
     }
   }
-  if (source.size() == pixels) return source;
+  if (source.size() == pixels) {
+    return source;
+  }
   return areaScaled(source, pixels, static_cast<int>(std::max(1U, std::thread::hardware_concurrency())));
 }
 
@@ -144,16 +164,21 @@ QImage halved(const QImage& image, const std::stop_token& stop) {
         (((a >> 8 & kEven) + (b >> 8 & kEven) + (c >> 8 & kEven) + (d >> 8 & kEven) + kRounding) >> 2) & kEven;
     return even | odd << 8;
   };
-  const int pairs = image.width() / 2;
+  const std::size_t pairs = static_cast<std::size_t>(image.width()) / 2;
   for (int y = 0; y < result.height(); ++y) {
-    if (stop.stop_requested()) return {};
+    if (stop.stop_requested()) {
+      return {};
+    }
     const auto* upper = reinterpret_cast<const std::uint32_t*>(image.constScanLine(2 * y));
     const auto* lower =
         reinterpret_cast<const std::uint32_t*>(image.constScanLine(std::min(2 * y + 1, image.height() - 1)));
     auto* out = reinterpret_cast<std::uint32_t*>(result.scanLine(y));
-    for (int x = 0; x < pairs; ++x) out[x] = average(upper[2 * x], upper[2 * x + 1], lower[2 * x], lower[2 * x + 1]);
-    if (pairs < result.width())
+    for (std::size_t x = 0; x < pairs; ++x) {
+      out[x] = average(upper[2 * x], upper[2 * x + 1], lower[2 * x], lower[2 * x + 1]);
+    }
+    if (image.width() % 2 != 0) {
       out[pairs] = average(upper[2 * pairs], upper[2 * pairs], lower[2 * pairs], lower[2 * pairs]);
+    }
   }
   return result;
 }
@@ -178,7 +203,9 @@ QImage areaScaled(const QImage& image, QSize size, int threadCount) {
   };
   {
     std::vector<std::jthread> helpers;
-    for (int i = 1; i < threadCount; ++i) helpers.emplace_back(work);
+    for (int i = 1; i < threadCount; ++i) {
+      helpers.emplace_back(work);
+    }
     work();
   }
   return result;

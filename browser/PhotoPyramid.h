@@ -30,7 +30,7 @@ class PhotoPyramid {
 
   // Builds the finest level that is missing. False when none is, when `stop` asks to, or when there is no memory for
   // it. The first level of 24 megapixels takes 10 ms, and much longer where fresh memory is slow.
-  bool buildNextLevel(std::stop_token stop = {});
+  bool buildNextLevel(const std::stop_token& stop = {});
 
   // The photo in exactly `pixels` (each side no larger than the photo's), averaged by area from the coarsest level that
   // still has twice as many; spread over the machine's cores.

@@ -14,7 +14,9 @@ PhotoView::PhotoView(QQuickItem* parent) : QQuickItem(parent) {
   m_worker.setMaxThreadCount(1);
   connect(&m_clock, &QVariantAnimation::valueChanged, this, [this](const QVariant& seconds) {
     // Setting the clock up sends values too.
-    if (m_clock.state() == QAbstractAnimation::Running) display(m_motion.at(seconds.toDouble()));
+    if (m_clock.state() == QAbstractAnimation::Running) {
+      display(m_motion.at(seconds.toDouble()));
+    }
   });
 }
 
@@ -25,7 +27,9 @@ PhotoView::~PhotoView() {
 }
 
 void PhotoView::setImage(const QImage& image) {
-  if (image.cacheKey() == m_image.cacheKey()) return;
+  if (image.cacheKey() == m_image.cacheKey()) {
+    return;
+  }
   m_image = image;
   m_pyramid = image.isNull() ? nullptr : std::make_shared<PhotoPyramid>(image);
   m_base = {};
@@ -55,14 +59,16 @@ QRectF PhotoView::fittedBox() const {
 }
 
 void PhotoView::animate(Curve curve) {
-  m_requested = curve == Curve::Spring ? PhotoViewMotion::Curve::spring : PhotoViewMotion::Curve::easeOut;
+  m_requested = curve == Curve::Spring ? PhotoViewMotion::Curve::Spring : PhotoViewMotion::Curve::EaseOut;
   polish();
 }
 
 void PhotoView::followState() {
   const auto requested = std::exchange(m_requested, std::nullopt);
   const bool moving = m_clock.state() == QAbstractAnimation::Running;
-  if (m_state == (moving ? m_motion.target() : m_displayed)) return;
+  if (m_state == (moving ? m_motion.target() : m_displayed)) {
+    return;
+  }
   if (!requested) {
     m_clock.stop();
     display(m_state);
@@ -71,7 +77,9 @@ void PhotoView::followState() {
   m_motion = moving ? m_motion.retargeted(*requested, m_state, m_clock.currentValue().toDouble())
                     : PhotoViewMotion(*requested, m_displayed, m_state);
   m_clock.stop();
-  if (m_motion.duration() <= 0) return display(m_state);
+  if (m_motion.duration() <= 0) {
+    return display(m_state);
+  }
   m_clock.setDuration(static_cast<int>(std::ceil(1000 * m_motion.duration())));
   m_clock.setStartValue(0.0);
   m_clock.setEndValue(m_clock.duration() / 1000.0);
@@ -109,23 +117,31 @@ void PhotoView::updatePolish() {
 
 void PhotoView::makeBase() {
   const QSize wanted = wantedBaseSize();
-  if (m_base.size() == wanted) return;
+  if (m_base.size() == wanted) {
+    return;
+  }
   if (m_base.isNull() || wanted == m_pyramid->size()) {
     m_base = m_pyramid->fitted(wanted);
     update();
     return;
   }
-  if (m_makingBase) return;  // asks again when it is done
+  if (m_makingBase) {
+    return;  // asks again when it is done
+  }
   m_makingBase = true;
   m_worker.start([this, wanted, pyramid = std::weak_ptr(m_pyramid)] {
     QImage base;
     const auto shared = pyramid.lock();
-    if (shared) base = shared->fitted(wanted);
+    if (shared) {
+      base = shared->fitted(wanted);
+    }
     QMetaObject::invokeMethod(
         this,
         [this, base, shared] {
           m_makingBase = false;
-          if (!shared || shared != m_pyramid) return;
+          if (!shared || shared != m_pyramid) {
+            return;
+          }
           m_base = base;
           polish();
           update();
@@ -136,11 +152,15 @@ void PhotoView::makeBase() {
 
 // The coarser levels are only needed for a photo that has more pixels than its fitted view, once it is to stay zoomed.
 void PhotoView::makeLevels() {
-  if (m_madeLevels || m_state.scale <= 1 || !m_pyramid || m_base.size() == m_pyramid->size()) return;
+  if (m_madeLevels || m_state.scale <= 1 || !m_pyramid || m_base.size() == m_pyramid->size()) {
+    return;
+  }
   m_madeLevels = true;
   m_worker.start([this, pyramid = std::weak_ptr(m_pyramid), stop = m_levelsStop.get_token()] {
     while (const auto shared = pyramid.lock()) {
-      if (!shared->buildNextLevel(stop)) return;
+      if (!shared->buildNextLevel(stop)) {
+        return;
+      }
       QMetaObject::invokeMethod(this, &QQuickItem::update, Qt::QueuedConnection);
     }
   });
@@ -153,7 +173,9 @@ QSGNode* PhotoView::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
   }
   auto* node = oldNode ? static_cast<PhotoViewNode*>(oldNode) : std::make_unique<PhotoViewNode>(window()).release();
   const bool pending = node->show({m_pyramid, m_base, alignedBox(), size(), m_displayed, devicePixelRatio()});
-  if (pending) QMetaObject::invokeMethod(this, &QQuickItem::update, Qt::QueuedConnection);
+  if (pending) {
+    QMetaObject::invokeMethod(this, &QQuickItem::update, Qt::QueuedConnection);
+  }
   return node;
 }
 

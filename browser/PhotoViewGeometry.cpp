@@ -6,7 +6,9 @@
 namespace lumagrid {
 
 QRectF fittedRect(QSizeF stage, QSize photo) {
-  if (photo.isEmpty()) return {};
+  if (photo.isEmpty()) {
+    return {};
+  }
   const QSizeF box(std::max(180.0, stage.width() - 150), std::max(180.0, stage.height() - 116));
   const double factor = std::min(box.width() / photo.width(), box.height() / photo.height());
   const QSizeF size(photo.width() * factor, photo.height() * factor);
@@ -28,7 +30,9 @@ QRectF placedRect(const QRectF& fitted, QSizeF stage, const PhotoPlacement& plac
 
 int levelFor(double photoPixelsPerDevicePixel, int levelCount) {
   int level = 0;
-  for (double density = photoPixelsPerDevicePixel; density >= 2 && level + 1 < levelCount; density /= 2) ++level;
+  for (double density = photoPixelsPerDevicePixel; density >= 2 && level + 1 < levelCount; density /= 2) {
+    ++level;
+  }
   return level;
 }
 
@@ -51,7 +55,9 @@ QRectF PhotoTile::sourceRect(const QRectF& part) const {
 
 QRect tilesTouching(const QRectF& visible, QSize photo, int level) {
   const QRectF seen = visible.intersected(QRectF(QPointF(), QSizeF(photo)));
-  if (seen.isEmpty()) return {};
+  if (seen.isEmpty()) {
+    return {};
+  }
   const double side = std::ldexp(PhotoTile::kTileSide, level);
   const QPoint first(static_cast<int>(seen.left() / side), static_cast<int>(seen.top() / side));
   const QPoint last(static_cast<int>(std::ceil(seen.right() / side)) - 1,

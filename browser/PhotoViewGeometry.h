@@ -5,6 +5,7 @@
 #include <QRectF>
 #include <QSize>
 #include <QSizeF>
+#include <tuple>
 
 namespace lumagrid {
 
@@ -45,7 +46,10 @@ struct PhotoTile {
   int column = 0;
   int row = 0;
 
-  friend auto operator<=>(const PhotoTile&, const PhotoTile&) = default;
+  // By level, finest first.
+  friend bool operator<(const PhotoTile& a, const PhotoTile& b) {
+    return std::tie(a.level, a.column, a.row) < std::tie(b.level, b.column, b.row);
+  }
 
   // In the photo's pixels, cut at its edges.
   [[nodiscard]] QRectF photoRect(QSize photo) const;

@@ -30,7 +30,9 @@ PhotoViewMotion::PhotoViewMotion(Curve curve, const PhotoPlacement& from, const 
           curve,
           [&] {
             State start;
-            for (std::size_t i = 0; i < start.size(); ++i) start[i].distance = values(from)[i] - values(to)[i];
+            for (std::size_t i = 0; i < start.size(); ++i) {
+              start[i].distance = values(from)[i] - values(to)[i];
+            }
             return start;
           }(),
           to) {}
@@ -39,8 +41,10 @@ PhotoViewMotion::PhotoViewMotion(Curve curve, const State& start, const PhotoPla
     : m_curve(curve), m_start(start), m_target(to) {
   for (std::size_t i = 0; i < start.size(); ++i) {
     const auto& [distance, velocity] = start[i];
-    if (distance == 0 && velocity == 0) continue;
-    if (curve == Curve::easeOut) {
+    if (distance == 0 && velocity == 0) {
+      continue;
+    }
+    if (curve == Curve::EaseOut) {
       m_duration = kEaseOutDuration;
     } else {
       const double amplitude = std::abs(distance) + std::abs(velocity + kDecay * distance) / kDampedFrequency;
@@ -51,7 +55,9 @@ PhotoViewMotion::PhotoViewMotion(Curve curve, const State& start, const PhotoPla
 
 PhotoViewMotion PhotoViewMotion::retargeted(Curve curve, const PhotoPlacement& to, double seconds) const {
   State start = stateAt(seconds);
-  for (std::size_t i = 0; i < start.size(); ++i) start[i].distance += values(m_target)[i] - values(to)[i];
+  for (std::size_t i = 0; i < start.size(); ++i) {
+    start[i].distance += values(m_target)[i] - values(to)[i];
+  }
   return {curve, start, to};
 }
 
@@ -62,10 +68,12 @@ PhotoPlacement PhotoViewMotion::at(double seconds) const {
 
 PhotoViewMotion::State PhotoViewMotion::stateAt(double seconds) const {
   State state;
-  if (seconds >= m_duration) return state;
+  if (seconds >= m_duration) {
+    return state;
+  }
   for (std::size_t i = 0; i < state.size(); ++i) {
     const auto& [distance, velocity] = m_start[i];
-    if (m_curve == Curve::easeOut) {
+    if (m_curve == Curve::EaseOut) {
       const double left = 1 - seconds / kEaseOutDuration;
       state[i] = {distance * left * left, -2 * distance * left / kEaseOutDuration};
     } else {

@@ -75,23 +75,31 @@ bool PhotoViewNode::showTiles(const PhotoViewFrame& frame, int level) {
   const QRectF visible = visiblePart(frame, placedRect(frame.fitted, frame.stage, frame.placement));
   const QSize photo = frame.pyramid->size();
   const QRect tiles = tilesTouching(visible, photo, level);
-  if (tiles.isEmpty()) return false;
+  if (tiles.isEmpty()) {
+    return false;
+  }
   const bool pending = upload(frame, level, tiles, visible);
   for (int row = tiles.top(); row <= tiles.bottom(); ++row) {
-    for (int column = tiles.left(); column <= tiles.right(); ++column) addPatches({level, column, row}, photo);
+    for (int column = tiles.left(); column <= tiles.right(); ++column) {
+      addPatches({level, column, row}, photo);
+    }
   }
   return pending;
 }
 
 bool PhotoViewNode::upload(const PhotoViewFrame& frame, int level, const QRect& tiles, const QRectF& visible) {
   const QImage texels = frame.pyramid->level(level);
-  if (texels.isNull()) return false;  // whoever builds it asks for a frame
+  if (texels.isNull()) {
+    return false;  // whoever builds it asks for a frame
+  }
   const QSize photo = frame.pyramid->size();
   std::vector<std::pair<double, PhotoTile>> missing;  // by distance from the middle
   for (int row = tiles.top(); row <= tiles.bottom(); ++row) {
     for (int column = tiles.left(); column <= tiles.right(); ++column) {
       const PhotoTile tile{level, column, row};
-      if (m_tiles.contains(tile)) continue;
+      if (m_tiles.contains(tile)) {
+        continue;
+      }
       const QPointF away = tile.photoRect(photo).center() - visible.center();
       missing.emplace_back(std::hypot(away.x(), away.y()), tile);
     }
@@ -101,7 +109,9 @@ bool PhotoViewNode::upload(const PhotoViewFrame& frame, int level, const QRect& 
   for (const auto& [distance, tile] : missing) {
     const QRect part = tile.texels(texels.size());
     const qint64 bytes = qint64{4} * part.width() * part.height();
-    if (uploaded > 0 && uploaded + bytes > kUploadBytes) return true;
+    if (uploaded > 0 && uploaded + bytes > kUploadBytes) {
+      return true;
+    }
     m_tiles[tile] = {makeTexture(texels.copy(part)), m_frame, bytes};
     m_tileBytes += bytes;
     uploaded += bytes;
@@ -111,24 +121,32 @@ bool PhotoViewNode::upload(const PhotoViewFrame& frame, int level, const QRect& 
 
 void PhotoViewNode::addPatches(const PhotoTile& tile, QSize photo) {
   const QRectF part = tile.photoRect(photo);
-  if (Texture* const own = find(tile)) return addPatch(*own, tile, part);
+  if (Texture* const own = find(tile)) {
+    return addPatch(*own, tile, part);
+  }
 
   // While zooming out, the finer tiles are still there.
   if (tile.level > 0) {
     std::vector<PhotoTile> children;
     for (const int k : {0, 1, 2, 3}) {
       const PhotoTile child{tile.level - 1, 2 * tile.column + k % 2, 2 * tile.row + k / 2};
-      if (!child.photoRect(photo).isEmpty()) children.push_back(child);
+      if (!child.photoRect(photo).isEmpty()) {
+        children.push_back(child);
+      }
     }
     if (std::all_of(children.begin(), children.end(), [this](const PhotoTile& child) { return find(child); })) {
-      for (const PhotoTile& child : children) addPatch(*find(child), child, child.photoRect(photo));
+      for (const PhotoTile& child : children) {
+        addPatch(*find(child), child, child.photoRect(photo));
+      }
       return;
     }
   }
   // A coarser one is of use while a level that coarse exists: the map is ordered by level.
   for (PhotoTile coarser = tile.parent(); !m_tiles.empty() && coarser.level <= m_tiles.rbegin()->first.level;
        coarser = coarser.parent()) {
-    if (Texture* const found = find(coarser)) return addPatch(*found, coarser, part);
+    if (Texture* const found = find(coarser)) {
+      return addPatch(*found, coarser, part);
+    }
   }
   const QSize base = m_base->textureSize();
   const double across = static_cast<double>(base.width()) / photo.width();
@@ -148,7 +166,9 @@ void PhotoViewNode::addPatch(Texture& texture, const PhotoTile& tile, const QRec
 }
 
 void PhotoViewNode::applyPatches() {
-  if (m_nodes.size() > m_patches.size()) m_nodes.resize(m_patches.size());
+  if (m_nodes.size() > m_patches.size()) {
+    m_nodes.resize(m_patches.size());
+  }
   for (std::size_t i = 0; i < m_patches.size(); ++i) {
     const Patch& patch = m_patches[i];
     if (i == m_nodes.size()) {
@@ -158,7 +178,9 @@ void PhotoViewNode::applyPatches() {
       appendChildNode(m_nodes.back().get());
     }
     QSGImageNode& node = *m_nodes[i];
-    if (node.texture() == patch.texture && node.rect() == patch.target && node.sourceRect() == patch.source) continue;
+    if (node.texture() == patch.texture && node.rect() == patch.target && node.sourceRect() == patch.source) {
+      continue;
+    }
     node.setTexture(patch.texture);
     node.setRect(patch.target);
     node.setSourceRect(patch.source);
@@ -166,14 +188,20 @@ void PhotoViewNode::applyPatches() {
 }
 
 void PhotoViewNode::dropUnseen() {
-  if (m_tileBytes <= kTextureBytes) return;
+  if (m_tileBytes <= kTextureBytes) {
+    return;
+  }
   std::vector<std::pair<quint64, PhotoTile>> unseen;
   for (const auto& [tile, texture] : m_tiles) {
-    if (texture.shownInFrame != m_frame) unseen.emplace_back(texture.shownInFrame, tile);
+    if (texture.shownInFrame != m_frame) {
+      unseen.emplace_back(texture.shownInFrame, tile);
+    }
   }
   std::sort(unseen.begin(), unseen.end());
   for (const auto& [frame, tile] : unseen) {
-    if (m_tileBytes <= kTextureBytes) break;
+    if (m_tileBytes <= kTextureBytes) {
+      break;
+    }
     const auto found = m_tiles.find(tile);
     m_tileBytes -= found->second.bytes;
     m_tiles.erase(found);

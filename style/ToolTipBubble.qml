@@ -24,8 +24,8 @@ Item {
 
     parent: surface
     z: 1000
-    width: Math.ceil(label.implicitWidth) + 20
-    height: Math.ceil(label.implicitHeight) + 12
+    width: Math.ceil(label.width) + 20
+    height: Math.ceil(label.height) + 12
     Accessible.ignored: true
     Component.onCompleted: place()
 
@@ -49,6 +49,8 @@ Item {
         id: label
 
         anchors.centerIn: parent
+        width: Math.min(implicitWidth, 480)
+        wrapMode: Text.Wrap
         text: bubble.text
         textFormat: Text.PlainText
         font: Fonts.system(12, Font.Normal)

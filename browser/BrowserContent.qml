@@ -1,0 +1,82 @@
+import QtQuick
+import Lumagrid.Browser
+
+// The whole content of a window: backdrop, the stage of the current mode, and the chrome that floats above it.
+FocusScope {
+    id: root
+
+    required property ContentView view
+    property real topInset: 0 // taken by the menu bar, under which the backdrop runs on
+
+    focus: true
+
+    BackgroundLayer {
+        id: backdrop
+
+        anchors.fill: parent
+    }
+
+    Item {
+        id: content
+
+        anchors.fill: parent
+        anchors.topMargin: root.topInset
+
+        // Before the stage for the Tab key, above it for the eye.
+        OverlayChrome {
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.top: parent.top
+            z: 1
+            view: root.view
+        }
+
+        Loader {
+            id: stage
+
+            readonly property point backdropOrigin: Qt.point(stage.x, content.y + stage.y)
+
+            anchors.fill: parent
+            anchors.margins: 18
+            focus: true
+            sourceComponent: root.view.showsGrid ? gridStage : detailStage
+        }
+    }
+
+    WindowKeys {
+        view: root.view
+    }
+
+    Component {
+        id: gridStage
+
+        GridStage {
+            view: root.view
+            backdropSize: Qt.size(backdrop.width, backdrop.height)
+            backdropOrigin: stage.backdropOrigin
+        }
+    }
+
+    Component {
+        id: detailStage
+
+        DetailStage {
+            view: root.view
+            backdropSize: Qt.size(backdrop.width, backdrop.height)
+            backdropOrigin: stage.backdropOrigin
+        }
+    }
+
+    DropArea {
+        anchors.fill: parent
+        keys: ["text/uri-list"]
+
+        // Taken as a copy whatever is offered: a source that moves may delete its files afterwards.
+        onEntered: drag => drag.accept(Qt.CopyAction)
+        onPositionChanged: drag => drag.accept(Qt.CopyAction)
+        onDropped: drop => {
+            if (root.view.handleDrop(drop.urls))
+                drop.accept(Qt.CopyAction);
+        }
+    }
+}

@@ -1,0 +1,11 @@
+import QtQuick
+import Lumagrid.Browser
+import Lumagrid.Style
+
+// The capsule behind a bar's row of controls.
+ContinuousRectangle {
+    radius: height / 2
+    color: WindowPalette.withOpacity(WindowPalette.windowBackground, 0.92)
+    strokeColor: WindowPalette.line
+    strokeWidth: 1
+}

@@ -1,0 +1,166 @@
+#pragma once
+
+#include <QtQml/qqmlregistration.h>
+#include <QObject>
+#include <QPointF>
+#include <QSizeF>
+#include <QUrl>
+#include <QWindow>
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "BrowserMode.h"
+#include "ChangeObserver.h"
+#include "GridMetrics.h"
+#include "PhotoLibrary.h"
+#include "ZoomState.h"
+
+namespace lumagrid {
+
+class Alert;
+class BackgroundQueue;
+class NotificationCenter;
+class PopupMenu;
+class RecentFolders;
+
+// The state of one browser window and every decision about it; the views bind to it and report events to it. Owns the
+// window's library. Nothing here is persisted. Main thread only.
+class ContentView : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_UNCREATABLE("made by the application, one per window")
+  Q_PROPERTY(lumagrid::PhotoLibrary* library READ library CONSTANT)
+  Q_PROPERTY(bool showsGrid READ showsGrid NOTIFY browserModeChanged)
+  Q_PROPERTY(qint64 gridDimension READ gridDimension NOTIFY gridDimensionChanged)
+  Q_PROPERTY(QList<int> gridPresets READ gridPresets CONSTANT)
+  Q_PROPERTY(double zoomScale READ zoomScale NOTIFY zoomChanged)
+  Q_PROPERTY(QPointF displacement READ displacement NOTIFY zoomChanged)
+  Q_PROPERTY(QSizeF dragOffset READ dragOffset NOTIFY zoomChanged)
+  Q_PROPERTY(qint64 photoCount READ photoCount NOTIFY photoCountChanged)
+  Q_PROPERTY(qint64 selectedCount READ selectedCount NOTIFY selectedCountChanged)
+  Q_PROPERTY(bool hasImage READ hasImage NOTIFY hasImageChanged)
+  // A status that the grid has yet to show; empty when there is none.
+  Q_PROPERTY(QString gridStatus READ gridStatus NOTIFY gridStatusChanged)
+  Q_PROPERTY(QString currentName READ currentName NOTIFY currentPhotoChanged)
+  Q_PROPERTY(bool hasCurrentPhoto READ hasCurrentPhoto NOTIFY currentPhotoChanged)
+  Q_PROPERTY(bool hasPreviousPhoto READ hasPreviousPhoto NOTIFY currentPhotoChanged)
+  Q_PROPERTY(bool canGoNext READ canGoNext NOTIFY currentPhotoChanged)
+  Q_PROPERTY(QString counterText READ counterText NOTIFY currentPhotoChanged)
+
+ public:
+  // What a window shares with the others; each outlives it.
+  struct Shared {
+    RecentFolders& recentFolders;
+    NotificationCenter& notificationCenter;
+    BackgroundQueue& thumbnailQueue;
+    PopupMenu& popupMenu;
+    Alert& alert;
+  };
+
+  // How the displayed zoom follows the state, which jumps to its end value.
+  enum class ZoomAnimation { None, EaseOut, Spring };
+  Q_ENUM(ZoomAnimation)
+
+  ContentView(const PhotoLibrary::Services& services, const Shared& shared, QObject* parent = nullptr);
+
+  [[nodiscard]] PhotoLibrary* library() { return &m_library; }
+  [[nodiscard]] BackgroundQueue& thumbnailQueue() const { return m_shared.thumbnailQueue; }
+  [[nodiscard]] BrowserMode browserMode() const { return m_browserMode; }
+  [[nodiscard]] bool showsGrid() const { return m_browserMode == BrowserMode::grid; }
+  [[nodiscard]] qint64 gridDimension() const { return m_gridDimension; }
+  [[nodiscard]] double lastMagnification() const { return m_lastMagnification; }
+  // The path of the photo that the grid brings to its centre.
+  [[nodiscard]] const std::optional<QByteArray>& gridScrollTarget() const { return m_gridScrollTarget; }
+  [[nodiscard]] const ZoomState& zoom() const { return m_zoom; }
+  [[nodiscard]] QSizeF dragOffset() const { return m_dragOffset; }
+  [[nodiscard]] QList<int> gridPresets() const { return {4, 9, 16, 25, 36}; }  // numbers of visible thumbnails
+
+  // What the views show of the library, told once per turn however often it changed.
+  [[nodiscard]] qint64 photoCount() const { return m_library.photoCount(); }
+  [[nodiscard]] qint64 selectedCount() const { return static_cast<qint64>(m_library.selectedIndices().size()); }
+  [[nodiscard]] double zoomScale() const { return m_zoom.scale; }
+  [[nodiscard]] QPointF displacement() const {
+    return {m_zoom.offset.width() + m_dragOffset.width(), m_zoom.offset.height() + m_dragOffset.height()};
+  }
+  [[nodiscard]] bool hasImage() const { return !m_library.currentImage().isNull(); }
+  [[nodiscard]] const QString& gridStatus() const { return m_gridStatus; }
+  [[nodiscard]] QString currentName() const;
+  [[nodiscard]] bool hasCurrentPhoto() const { return m_library.currentPhoto() != nullptr; }
+  [[nodiscard]] bool hasPreviousPhoto() const { return m_library.currentIndex() > 0; }
+  [[nodiscard]] bool canGoNext() const { return m_library.canGoNext(); }
+  [[nodiscard]] QString counterText() const { return m_library.counterText(); }
+
+  Q_INVOKABLE void dismissGridStatus();
+  Q_INVOKABLE void handleExitCommand();
+  Q_INVOKABLE void exitDetailMode();
+  Q_INVOKABLE void chooseFolderAndShowGrid();
+  // The first of the dropped URLs counts; a folder is opened once the drop has ended. False when there is none.
+  Q_INVOKABLE bool handleDrop(const QList<QUrl>& urls);
+  void handleOpenRecent(const std::optional<FileUrl>& folder);
+  // Opens a folder as a grid, a picture in its folder as if its tile had been clicked; what is neither gives the
+  // library's own error.
+  void openPath(const FileUrl& url);
+
+  [[nodiscard]] GridMetrics gridMetrics(QSizeF stage) const { return GridMetrics::fitting(stage, m_gridDimension); }
+  Q_INVOKABLE void setGridDimension(qint64 wanted);
+  // `magnification` is relative to the start of the pinch.
+  Q_INVOKABLE void handleGridMagnification(double magnification);
+  Q_INVOKABLE void endGridMagnification();
+  Q_INVOKABLE static int presetColumns(int preset);
+  // A click on the tile at `index`, with the modifiers of the event that caused it.
+  void handleTileClick(std::int64_t index, Qt::KeyboardModifiers modifiers);
+
+  // The menu's top left is `position`, in screen points.
+  Q_INVOKABLE void openSortMenu(QWindow* window, QPointF position);
+  Q_INVOKABLE void deleteSelectedWithConfirmation();
+  Q_INVOKABLE void deleteCurrentPhoto();
+
+  Q_INVOKABLE void handleDetailMagnification(double magnification);
+  Q_INVOKABLE void endDetailMagnification();
+  // `translation` is the way from the start of the drag, in points of the stage.
+  Q_INVOKABLE void handleDrag(QSizeF translation);
+  Q_INVOKABLE void endDrag(QSizeF translation);
+  Q_INVOKABLE void handleDoubleClick();
+
+ Q_SIGNALS:
+  void browserModeChanged();
+  void gridDimensionChanged();
+  void gridScrollTargetChanged();
+  // The displayed zoom is to follow the state with this curve; comes before zoomChanged().
+  void zoomWillChange(lumagrid::ContentView::ZoomAnimation animation);
+  void zoomChanged();
+  void photoCountChanged();
+  void hasImageChanged();
+  void gridStatusChanged();
+  void selectedCountChanged();
+  void currentPhotoChanged();
+
+ private:
+  void observeLibrary();
+  void setBrowserMode(BrowserMode mode);
+  void setGridScrollTarget(std::optional<QByteArray> path);
+  void setZoom(const ZoomState& zoom, QSizeF dragOffset, ZoomAnimation animation);
+  [[nodiscard]] std::optional<QByteArray> currentPhotoPath() const;
+  void openFolderInGrid(const FileUrl& folder);
+  void runDialog(const std::function<void()>& dialog);
+
+  PhotoLibrary m_library;
+  Shared m_shared;
+  BrowserMode m_browserMode = BrowserMode::grid;
+  std::int64_t m_gridDimension = 4;
+  double m_lastMagnification = 1.0;
+  std::optional<QByteArray> m_gridScrollTarget;
+  ZoomState m_zoom;
+  QSizeF m_dragOffset{0, 0};
+  QString m_gridStatus;
+
+  ChangeObserver<std::int64_t> m_photoCountObserver;
+  ChangeObserver<std::optional<FileUrl>> m_folderObserver;
+  ChangeObserver<std::int64_t> m_currentIndexObserver;
+  ChangeObserver<std::int64_t> m_selectedCountObserver;
+  int m_openDialogs = 0;
+  std::optional<FileUrl> m_folderToOpen;  // asked for while a dialog was open
+};
+
+}  // namespace lumagrid

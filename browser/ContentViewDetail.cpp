@@ -1,0 +1,40 @@
+#include <cmath>
+
+#include "ContentView.h"
+
+namespace lumagrid {
+
+void ContentView::deleteCurrentPhoto() {
+  runDialog([this] { m_library.deleteCurrentPhoto(); });
+}
+
+void ContentView::handleDetailMagnification(double magnification) {
+  const double scale = std::isnan(magnification) ? 1.0 : std::max(magnification, 1.0);
+  setZoom({scale, m_zoom.offset}, m_dragOffset, ZoomAnimation::None);
+}
+
+void ContentView::endDetailMagnification() {
+  constexpr double kLeastKeptScale = 1.05;
+  if (m_zoom.scale < kLeastKeptScale) setZoom({}, m_dragOffset, ZoomAnimation::Spring);
+}
+
+void ContentView::handleDrag(QSizeF translation) {
+  if (m_zoom.scale > 1.0) setZoom(m_zoom, translation, ZoomAnimation::None);
+}
+
+void ContentView::endDrag(QSizeF translation) {
+  if (m_zoom.scale > 1.0) setZoom({m_zoom.scale, m_zoom.offset + translation}, {0, 0}, ZoomAnimation::None);
+}
+
+void ContentView::handleDoubleClick() {
+  setZoom({}, {0, 0}, ZoomAnimation::Spring);
+}
+
+void ContentView::setZoom(const ZoomState& zoom, QSizeF dragOffset, ZoomAnimation animation) {
+  Q_EMIT zoomWillChange(animation);
+  m_zoom = zoom;
+  m_dragOffset = dragOffset;
+  Q_EMIT zoomChanged();
+}
+
+}  // namespace lumagrid

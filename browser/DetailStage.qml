@@ -1,0 +1,133 @@
+import QtQuick
+import Lumagrid.Browser
+import Lumagrid.Style
+
+// The current photo large, with its buttons and its info bar.
+StageShell {
+    id: root
+
+    required property ContentView view
+
+    Loader {
+        anchors.fill: parent
+        sourceComponent: root.view.hasImage ? photo : placeholder
+    }
+
+    Component {
+        id: placeholder
+
+        Item {
+            PlaceholderContent {
+                anchors.centerIn: parent
+                title: "No photo selected"
+                subtitle: "Go back to the grid and choose a photo to start browsing."
+            }
+        }
+    }
+
+    Component {
+        id: photo
+
+        PhotoView {
+            id: photoView
+
+            image: root.view.library.currentImage
+            zoomScale: root.view.zoomScale
+            offset: root.view.displacement
+
+            Connections {
+                target: root.view
+
+                function onZoomWillChange(animation) {
+                    if (animation === ContentView.Spring)
+                        photoView.animate(PhotoView.Spring);
+                    else if (animation === ContentView.EaseOut)
+                        photoView.animate(PhotoView.EaseOut);
+                }
+            }
+
+            MouseArea {
+                property point start
+                property bool isDragging: false
+
+                function translation(mouse: MouseEvent): size {
+                    return Qt.size(mouse.x - start.x, mouse.y - start.y);
+                }
+
+                function end(translation: size) {
+                    if (isDragging)
+                        root.view.endDrag(translation);
+                    isDragging = false;
+                }
+
+                anchors.fill: parent
+                cursorShape: root.view.zoomScale <= 1 ? Qt.ArrowCursor : isDragging ? Qt.ClosedHandCursor : Qt.OpenHandCursor
+
+                onPressed: mouse => start = Qt.point(mouse.x, mouse.y)
+                onPositionChanged: mouse => {
+                    const way = translation(mouse);
+                    isDragging = isDragging || Math.hypot(way.width, way.height) >= 10;
+                    if (isDragging)
+                        root.view.handleDrag(way);
+                }
+                onReleased: mouse => end(translation(mouse))
+                onCanceled: end(root.view.dragOffset)
+                onDoubleClicked: root.view.handleDoubleClick()
+            }
+
+            MagnificationArea {
+                anchors.fill: parent
+                wheelStart: root.view.zoomScale
+                wheelFloor: 1
+
+                onMagnified: magnification => root.view.handleDetailMagnification(magnification)
+                onEnded: root.view.endDetailMagnification()
+            }
+        }
+    }
+
+    SideIconButtonStyle {
+        anchors.left: parent.left
+        anchors.leftMargin: 22
+        anchors.verticalCenter: parent.verticalCenter
+        iconName: "chevronLeft"
+        backgroundColor: WindowPalette.softButton
+        foregroundColor: WindowPalette.text
+        helpText: "Previous photo"
+        enabled: root.view.hasPreviousPhoto
+        onClicked: root.view.library.showPrevious()
+    }
+
+    Column {
+        anchors.right: parent.right
+        anchors.rightMargin: 22
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 14
+
+        SideIconButtonStyle {
+            iconName: "chevronRight"
+            backgroundColor: WindowPalette.softButton
+            foregroundColor: WindowPalette.text
+            helpText: "Next photo"
+            enabled: root.view.canGoNext
+            onClicked: root.view.library.showNext()
+        }
+
+        SideIconButtonStyle {
+            iconName: "trash"
+            backgroundColor: WindowPalette.danger
+            foregroundColor: "white"
+            helpText: "Move current photo to Trash"
+            enabled: root.view.hasCurrentPhoto
+            onClicked: root.view.deleteCurrentPhoto()
+        }
+    }
+
+    InfoBar {
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 18
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: Math.min(760, parent.width - 48)
+        view: root.view
+    }
+}

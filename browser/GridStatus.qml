@@ -1,0 +1,51 @@
+import QtQuick
+import Lumagrid.Browser
+import Lumagrid.Style
+
+// A new status, on the grid, where there is no info bar: a quiet line that leaves by itself; an error stays until
+// another status takes its place.
+ContinuousRectangle {
+    id: root
+
+    required property ContentView view
+    readonly property bool isError: view.library.statusIsError
+
+    implicitWidth: label.implicitWidth + 32
+    implicitHeight: label.height + 20
+    radius: 18
+    color: WindowPalette.withOpacity(WindowPalette.windowBackground, 0.9)
+    strokeColor: WindowPalette.line
+    strokeWidth: 1
+    visible: root.view.gridStatus.length > 0
+
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: root.view.gridStatus
+
+    SingleLineText {
+        id: label
+
+        anchors.centerIn: parent
+        width: Math.min(implicitWidth, root.width - 32)
+        content: root.view.gridStatus
+        font: Fonts.system(13, Font.Medium)
+        color: root.isError ? WindowPalette.danger : WindowPalette.muted
+        elide: Text.ElideRight
+    }
+
+    Timer {
+        id: leaving
+
+        interval: 4000
+        running: root.visible && !root.isError
+        onTriggered: root.view.dismissGridStatus()
+    }
+
+    Connections {
+        target: root.view
+
+        function onGridStatusChanged() {
+            if (leaving.running)
+                leaving.restart();
+        }
+    }
+}

@@ -1,0 +1,80 @@
+import QtQuick
+import Lumagrid.Browser
+import Lumagrid.Style
+
+// The row that floats along the top edge of the window. What follows from a selection that begins or ends is animated;
+// everything else shows at once.
+Item {
+    id: root
+
+    required property ContentView view
+    readonly property bool hasSelection: view.selectedCount > 0
+    readonly property real rowWidth: width - 44
+    readonly property real rowHeight: view.showsGrid ? gridBar.height : gridButton.height
+
+    property real selectionAmount: hasSelection ? 1 : 0 // 0 without a selection, 1 with one
+
+    implicitHeight: 22 + Math.max(gridBar.height, selectionBar.height)
+
+    Behavior on selectionAmount {
+        NumberAnimation {
+            duration: 180
+            easing.type: Easing.InOutQuad
+        }
+    }
+
+    GridControlBar {
+        id: gridBar
+
+        x: 22
+        y: 22
+        view: root.view
+        enabled: !root.hasSelection
+        opacity: 1 - root.selectionAmount
+        visible: root.view.showsGrid && opacity > 0
+    }
+
+    Loader {
+        id: selectionBar
+
+        x: 22
+        y: 22
+        active: root.view.showsGrid && root.selectionAmount > 0
+        sourceComponent: SelectionActionBar {
+            view: root.view
+            enabled: root.hasSelection
+            // Its own flexible space and the row's share what is left over.
+            width: Math.max(implicitWidth, Math.floor((root.rowWidth - 12) / 2))
+            scale: 0.96 + 0.04 * root.selectionAmount
+            opacity: root.selectionAmount
+        }
+    }
+
+    ChromeButtonStyle {
+        id: gridButton
+
+        x: 22
+        y: 22
+        visible: !root.view.showsGrid
+        text: "Grid"
+        iconName: "squareGrid3x3Fill"
+        helpText: "Back to grid (Esc)"
+        backgroundColor: WindowPalette.withOpacity(WindowPalette.windowBackground, 0.92)
+        foregroundColor: WindowPalette.text
+        onClicked: root.view.exitDetailMode()
+    }
+
+    ChromeButtonStyle {
+        anchors.right: parent.right
+        anchors.rightMargin: 22
+        y: 22 + Math.round((root.rowHeight - height) / 2)
+        text: "Choose Folder"
+        iconName: "folderBadgePlus"
+        backgroundColor: WindowPalette.accent
+        foregroundColor: "white"
+        enabled: !root.hasSelection
+        opacity: 1 - root.selectionAmount
+        visible: opacity > 0
+        onClicked: root.view.chooseFolderAndShowGrid()
+    }
+}

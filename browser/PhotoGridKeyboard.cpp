@@ -1,0 +1,91 @@
+#include <QKeyEvent>
+#include <algorithm>
+
+#include "PhotoGrid.h"
+
+namespace lumagrid {
+
+void PhotoGrid::keyPressEvent(QKeyEvent* event) {
+  const std::int64_t count = m_view->photoCount();
+  if (count == 0 || event->modifiers().testAnyFlags(Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
+    event->ignore();
+    return;
+  }
+  const std::int64_t columns = m_layout.columns;
+  const auto rowsPerPage = static_cast<std::int64_t>(std::max(1.0, m_viewport.height() / m_layout.rowPitch()));
+  switch (event->key()) {
+    case Qt::Key_Left:
+      moveKeyboardIndex(m_keyboardIndex - 1);
+      break;
+    case Qt::Key_Right:
+      moveKeyboardIndex(m_keyboardIndex + 1);
+      break;
+    case Qt::Key_Up:
+      moveKeyboardIndex(m_keyboardIndex - columns);
+      break;
+    case Qt::Key_Down:
+      moveKeyboardIndex(m_keyboardIndex + columns);
+      break;
+    case Qt::Key_PageUp:
+      moveKeyboardIndex(m_keyboardIndex - columns * rowsPerPage);
+      break;
+    case Qt::Key_PageDown:
+      moveKeyboardIndex(m_keyboardIndex + columns * rowsPerPage);
+      break;
+    case Qt::Key_Home:
+      moveKeyboardIndex(0);
+      break;
+    case Qt::Key_End:
+      moveKeyboardIndex(count - 1);
+      break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      if (m_showsKeyboardIndex && !event->isAutoRepeat()) m_view->handleTileClick(m_keyboardIndex, Qt::NoModifier);
+      break;
+    case Qt::Key_Space:
+      if (m_showsKeyboardIndex && !event->isAutoRepeat()) m_view->handleTileClick(m_keyboardIndex, Qt::ControlModifier);
+      break;
+    default:
+      event->ignore();
+  }
+}
+
+void PhotoGrid::focusInEvent(QFocusEvent* event) {
+  QQuickItem::focusInEvent(event);
+  const bool byKeyboard = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+  if (byKeyboard) moveKeyboardIndex(m_keyboardIndex);
+}
+
+void PhotoGrid::focusOutEvent(QFocusEvent* event) {
+  QQuickItem::focusOutEvent(event);
+  m_showsKeyboardIndex = false;
+  polish();
+}
+
+// The ring appears where the attention is: at its last place, or the current photo, if that shows, or the first that
+// does.
+void PhotoGrid::moveKeyboardIndex(std::int64_t index) {
+  const auto [first, last] = m_layout.visibleIndices(m_contentY);
+  if (!m_showsKeyboardIndex && (m_keyboardIndex < first || m_keyboardIndex >= last)) {
+    const std::int64_t current = m_view->library()->currentIndex();
+    index = current >= first && current < last ? current : first;
+  }
+  m_showsKeyboardIndex = true;
+  m_keyboardIndex = std::clamp<std::int64_t>(index, 0, m_view->photoCount() - 1);
+  reveal(m_keyboardIndex);
+  polish();
+}
+
+void PhotoGrid::reveal(std::int64_t index) {
+  const QRectF rect = m_layout.tileRect(index);
+  const double margin = m_layout.metrics.padding.top();
+  const double lowest = rect.bottom() + margin - m_viewport.height();
+  const double highest = rect.top() - margin;
+  if (m_contentY > highest) {
+    requestScroll(highest, Scrolling::Wheel);
+  } else if (m_contentY < lowest) {
+    requestScroll(lowest, Scrolling::Wheel);
+  }
+}
+
+}  // namespace lumagrid

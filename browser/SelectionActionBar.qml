@@ -1,0 +1,77 @@
+import QtQuick
+import Lumagrid.Browser
+import Lumagrid.Style
+
+// How many photos are selected, and what can be done with them.
+ChromeBar {
+    id: root
+
+    required property ContentView view
+    property int shownCount // the last count, while the bar leaves
+
+    function showCount() {
+        if (root.view.selectedCount > 0)
+            root.shownCount = root.view.selectedCount;
+    }
+
+    implicitWidth: label.width + 10 + 8 + 10 + buttons.width + 32
+    implicitHeight: buttons.height + 20
+    Component.onCompleted: showCount()
+
+    Connections {
+        target: root.view
+
+        function onSelectedCountChanged() {
+            root.showCount();
+        }
+    }
+
+    Row {
+        id: label
+
+        anchors.left: parent.left
+        anchors.leftMargin: 16
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 10
+
+        Icon {
+            anchors.verticalCenter: parent.verticalCenter
+            name: "checkmarkCircleFill"
+            size: 16
+            weight: Font.DemiBold
+            color: WindowPalette.accent
+        }
+
+        Text {
+            anchors.verticalCenter: parent.verticalCenter
+            text: "%1 selected".arg(root.shownCount)
+            textFormat: Text.PlainText
+            font: Fonts.system(14, Font.DemiBold)
+            color: WindowPalette.text
+        }
+    }
+
+    Row {
+        id: buttons
+
+        anchors.right: parent.right
+        anchors.rightMargin: 16
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 10
+
+        ChromeButtonStyle {
+            text: "Clear"
+            backgroundColor: WindowPalette.withOpacity(WindowPalette.windowBackground, 0.92)
+            foregroundColor: WindowPalette.text
+            onClicked: root.view.library.clearSelection()
+        }
+
+        ChromeButtonStyle {
+            text: "Delete"
+            iconName: "trash"
+            backgroundColor: WindowPalette.danger
+            foregroundColor: "white"
+            onClicked: root.view.deleteSelectedWithConfirmation()
+        }
+    }
+}

@@ -1,0 +1,27 @@
+import QtQuick
+import Lumagrid.Style
+
+// One line of plain text, whatever it holds: line breaks and other control characters show as spaces. What is cut off
+// is shown whole in a tooltip.
+Text {
+    id: root
+
+    required property string content
+
+    text: root.content.replace(/[\u0000-\u001f\u007f-\u009f\u2028\u2029]/g, " ")
+    textFormat: Text.PlainText
+    maximumLineCount: 1
+    wrapMode: Text.NoWrap
+
+    HoverHandler {
+        id: hover
+    }
+
+    Loader {
+        active: root.truncated && hover.hovered
+        sourceComponent: ToolTipBubble {
+            target: root
+            text: root.text
+        }
+    }
+}
