@@ -1,0 +1,66 @@
+#include "AppMenus.h"
+
+#include <QCoreApplication>
+
+#include "Alert.h"
+#include "NotificationCenter.h"
+#include "RecentFolders.h"
+
+namespace lumagrid {
+
+AppMenus::AppMenus(RecentFolders& recentFolders, NotificationCenter& notificationCenter, PopupMenu& popupMenu,
+                   Alert& alert, QObject* parent)
+    : QObject(parent),
+      m_recentFolders(recentFolders),
+      m_notificationCenter(notificationCenter),
+      m_popupMenu(popupMenu),
+      m_alert(alert) {
+  connect(&m_recentFolders, &RecentFolders::urlsChanged, this, &AppMenus::fileMenuChanged);
+}
+
+bool AppMenus::fileMenuHasEntries() const {
+  return !m_recentFolders.urls().empty();
+}
+
+std::vector<MenuEntry> AppMenus::fileMenu() {
+  if (!fileMenuHasEntries()) return {};
+  MenuEntry openRecent;
+  openRecent.title = QStringLiteral("Open Recent");
+  for (const FileUrl& url : m_recentFolders.urls()) {
+    MenuEntry folder;
+    folder.title = url.displayName();
+    folder.action = [this, url] { m_notificationCenter.post(openRecentFolder, url); };
+    openRecent.submenu.push_back(std::move(folder));
+  }
+  openRecent.submenu.emplace_back();
+  MenuEntry clear;
+  clear.title = QStringLiteral("Clear Recents");
+  clear.action = [this] { m_recentFolders.clear(); };
+  openRecent.submenu.push_back(std::move(clear));
+  return {std::move(openRecent)};
+}
+
+std::vector<MenuEntry> AppMenus::applicationMenu() {
+  MenuEntry about;
+  about.title = QStringLiteral("About Lumagrid");
+  about.action = [this] {
+    (void)m_alert.runModal({QStringLiteral("Lumagrid %1").arg(QCoreApplication::applicationVersion()),
+                            QStringLiteral("A photo browser: a folder of pictures as a grid."),
+                            {QStringLiteral("Close")}});
+  };
+  MenuEntry quit;
+  quit.title = QStringLiteral("Quit");
+  quit.shortcut = QStringLiteral("Ctrl+Q");
+  quit.action = [] { QCoreApplication::quit(); };
+  return {std::move(about), {}, std::move(quit)};
+}
+
+void AppMenus::openFileMenu(QWindow* window, QPointF position) {
+  m_popupMenu.open(window, position.toPoint(), fileMenu(), [] {});
+}
+
+void AppMenus::openApplicationMenu(QWindow* window, QPointF position) {
+  m_popupMenu.open(window, position.toPoint(), applicationMenu(), [] {});
+}
+
+}  // namespace lumagrid

@@ -1,0 +1,45 @@
+#include "LumagridApp.h"
+
+#include <QQmlComponent>
+
+#include "Palette.h"
+
+namespace lumagrid {
+
+LumagridApp::LumagridApp(const Platform& platform, QObject* parent)
+    : QObject(parent),
+      m_platform(platform),
+      m_recentFolders(m_platform.preferences),
+      m_menus(m_recentFolders, m_notificationCenter, m_platform.popupMenu, m_platform.services.alert) {
+  Palette::instance()->setAppearance(&m_platform.appearance);
+}
+
+LumagridApp::~LumagridApp() = default;
+
+QQuickWindow* LumagridApp::makeWindow() {
+  auto view = std::make_unique<ContentView>(m_platform.services,
+                                            ContentView::Shared{m_recentFolders, m_notificationCenter, m_thumbnailQueue,
+                                                                m_platform.popupMenu, m_platform.services.alert});
+  QQmlComponent component(&m_engine, QUrl(QStringLiteral("qrc:/qt-project.org/imports/Lumagrid/App/MainWindow.qml")));
+  if (component.isError()) {
+    qWarning("%s", qPrintable(component.errorString()));
+    return nullptr;
+  }
+  std::unique_ptr<QObject> object(
+      component.createWithInitialProperties({{QStringLiteral("view"), QVariant::fromValue(view.get())},
+                                             {QStringLiteral("menus"), QVariant::fromValue(&m_menus)}}));
+  auto* window = qobject_cast<QQuickWindow*>(object.get());
+  if (!window) return nullptr;
+  (void)object.release();
+  m_windows.push_back({std::move(view), std::unique_ptr<QQuickWindow>(window)});
+  return window;
+}
+
+ContentView* LumagridApp::contentView(const QQuickWindow* window) const {
+  for (const OpenWindow& open : m_windows) {
+    if (open.window.get() == window) return open.view.get();
+  }
+  return nullptr;
+}
+
+}  // namespace lumagrid

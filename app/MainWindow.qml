@@ -1,0 +1,35 @@
+import QtQuick
+import Lumagrid.App
+import Lumagrid.Browser
+
+Window {
+    id: window
+
+    required property ContentView view
+    required property AppMenus menus
+
+    width: minimumWidth
+    height: minimumHeight
+    minimumWidth: 1100
+    minimumHeight: 760 + menuBar.height
+    title: Application.displayName
+
+    // Before the content for the Tab key, above it for the eye.
+    MainMenuBar {
+        id: menuBar
+
+        z: 1
+        menus: window.menus
+    }
+
+    BrowserContent {
+        anchors.fill: parent
+        view: window.view
+        topInset: menuBar.height
+    }
+
+    Shortcut {
+        sequences: [StandardKey.Quit]
+        onActivated: Qt.quit()
+    }
+}

@@ -1,0 +1,136 @@
+// lumagrid-shot: the real window on a folder or a picture, painted until nothing loads any more, saved as a picture.
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QTimer>
+#include <cstdio>
+
+#include "FileImageDecoder.h"
+#include "GioTrash.h"
+#include "LumagridApp.h"
+#include "QmlPlugins.h"
+#include "QtAlert.h"
+#include "QtFolderChooser.h"
+#include "QtPopupMenu.h"
+#include "ScopedAccess.h"
+#include "WidgetPalette.h"
+
+using namespace lumagrid;
+
+namespace {
+
+constexpr int kQuietMs = 400;     // without a frame or a load, after which the picture counts as settled
+constexpr int kLimitMs = 60'000;  // a spinner that never ends never settles
+
+// Leaves the user's recent folders alone.
+class NoPreferences final : public Preferences {
+ public:
+  [[nodiscard]] std::optional<QStringList> stringArray(const QString&) const override { return std::nullopt; }
+  void set(const QString&, const QStringList&) override {}
+  void removeObject(const QString&) override {}
+};
+
+struct Request {
+  QByteArray path;
+  QString output;
+  QSize size{1100, 760};  // of the content, below the menu bar
+  int columns = 0;        // 0: as the window opens
+  QList<int> selected;
+  int opened = -1;
+  double zoom = 1;
+  ColorScheme colorScheme = ColorScheme::light;
+};
+
+std::optional<Request> parse(const QApplication& application) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(QStringLiteral("Saves a picture of the window."));
+  parser.addHelpOption();
+  const auto option = [&](const char* name, const char* description, const char* value) {
+    parser.addOption({QString::fromLatin1(name), QString::fromLatin1(description), QString::fromLatin1(value)});
+  };
+  option("size", "The size of the content, in points.", "WxH");
+  option("columns", "Columns of the grid.", "N");
+  option("select", "The indices of photos to select.", "I,J");
+  option("open", "The index of a photo to open.", "I");
+  option("zoom", "The scale of the opened photo.", "S");
+  option("appearance", "light or dark.", "scheme");
+  parser.addPositionalArgument(QStringLiteral("PATH"), QStringLiteral("A folder or a picture."));
+  parser.addPositionalArgument(QStringLiteral("OUT"), QStringLiteral("The picture to write."));
+  parser.process(application);
+  const auto value = [&](const char* name) { return parser.value(QString::fromLatin1(name)); };
+  if (parser.positionalArguments().size() != 2) return std::nullopt;
+
+  Request request;
+  // The arguments as bytes: the path's name need not be text.
+  request.path = QFile::encodeName(parser.positionalArguments().at(0));
+  request.output = parser.positionalArguments().at(1);
+  if (const QStringList size = value("size").split(u'x'); size.size() == 2) {
+    request.size = {size[0].toInt(), size[1].toInt()};
+  }
+  if (!value("columns").isEmpty()) request.columns = value("columns").toInt();
+  if (!value("open").isEmpty()) request.opened = value("open").toInt();
+  if (!value("zoom").isEmpty()) request.zoom = value("zoom").toDouble();
+  for (const QString& index : value("select").split(u',', Qt::SkipEmptyParts)) request.selected.append(index.toInt());
+  if (value("appearance") == u"dark") request.colorScheme = ColorScheme::dark;
+  return request;
+}
+
+void apply(const Request& request, ContentView& view) {
+  view.openPath(FileUrl::fromPath(request.path));
+  if (request.columns > 0) view.setGridDimension(request.columns);
+  for (const int index : request.selected) view.handleTileClick(index, Qt::ControlModifier);
+  if (request.opened >= 0) view.handleTileClick(request.opened, Qt::NoModifier);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  QApplication::setApplicationName(QStringLiteral("lumagrid-shot"));
+  QApplication application(argc, argv);
+  const auto request = parse(application);
+  if (!request) {
+    std::fputs("lumagrid-shot: a folder or picture, and a picture to write, are needed\n", stderr);
+    return 2;
+  }
+  const Appearance appearance(request->colorScheme);
+  WidgetPalette widgetPalette(appearance);
+  FileImageDecoder decoder;
+  GioTrash trash;
+  QtFolderChooser chooser(widgetPalette);
+  QtAlert alert(widgetPalette);
+  QtPopupMenu popupMenu(widgetPalette);
+  ScopedAccess access;
+  NoPreferences preferences;
+  LumagridApp app({{decoder, trash, chooser, alert, access}, preferences, popupMenu, appearance});
+  QQuickWindow* window = app.makeWindow();
+  if (!window) return EXIT_FAILURE;
+  ContentView& view = *app.contentView(window);
+  apply(*request, view);
+  const int menuBarHeight = window->minimumHeight() - 760;
+  window->setMinimumSize({1, 1});
+  window->resize(request->size + QSize(0, menuBarHeight));
+
+  QTimer quiet;
+  quiet.setSingleShot(true);
+  quiet.setInterval(kQuietMs);
+  QObject::connect(window, &QQuickWindow::frameSwapped, &quiet, qOverload<>(&QTimer::start));
+  const auto save = [&] {
+    const bool saved = window->grabWindow().save(request->output);
+    if (!saved) std::fprintf(stderr, "lumagrid-shot: cannot write %s\n", qPrintable(request->output));
+    QApplication::exit(saved ? EXIT_SUCCESS : EXIT_FAILURE);
+  };
+  bool isZoomed = request->zoom <= 1;
+  QObject::connect(&quiet, &QTimer::timeout, &application, [&] {
+    if (app.thumbnailQueue().pendingCount() > 0) {
+      quiet.start();
+    } else if (!std::exchange(isZoomed, true)) {
+      view.handleDetailMagnification(request->zoom);
+      quiet.start();
+    } else {
+      save();
+    }
+  });
+  QTimer::singleShot(kLimitMs, &application, save);
+  window->show();
+  return QApplication::exec();
+}
