@@ -19,7 +19,9 @@ const PhotoItem* PhotoLibrary::currentPhoto() const {
   return &m_photos[static_cast<std::size_t>(m_currentIndex)];
 }
 
-bool PhotoLibrary::canGoNext() const { return m_currentIndex >= 0 && m_currentIndex < photoCount() - 1; }
+bool PhotoLibrary::canGoNext() const {
+  return m_currentIndex >= 0 && m_currentIndex < photoCount() - 1;
+}
 
 QString PhotoLibrary::counterText() const {
   if (!currentPhoto()) return QStringLiteral("0 / 0");

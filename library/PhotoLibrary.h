@@ -20,8 +20,8 @@ class ImageDecoder;
 class ScopedAccess;
 class Trash;
 
-// The model of one window: the open folder, its photos in display order, the current photo with its decoded picture, the
-// selection and a one-line status. Main thread only; every operation is synchronous and complete when it returns.
+// The model of one window: the open folder, its photos in display order, the current photo with its decoded picture,
+// the selection and a one-line status. Main thread only; every operation is synchronous and complete when it returns.
 //
 // Each assignment to a published field emits objectWillChange() before it, also when the value stays equal, and the
 // field's own signal after it. The list's structure is told by photosReset, photosReordered and photoRemoved.

@@ -15,9 +15,8 @@ void PhotoLibrary::applySortOrder() {
 
   std::vector<PhotoItem> sorted;
   sorted.reserve(m_photos.size());
-  for (const std::uint32_t position : sortedPositions(m_photos, m_sortOrder)) {
-    sorted.push_back(std::move(m_photos[position]));
-  }
+  // Copies share their bytes. The list stays whole: observers read it until the assignment.
+  for (const std::uint32_t position : sortedPositions(m_photos, m_sortOrder)) sorted.push_back(m_photos[position]);
   Q_EMIT objectWillChange();
   m_photos = std::move(sorted);
   Q_EMIT photosReordered();

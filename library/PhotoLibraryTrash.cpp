@@ -59,8 +59,8 @@ void PhotoLibrary::deleteSelectedPhotos() {
     setCurrentIndex(photoCount() - 1);
     loadCurrentImage(std::nullopt);
   }
-  QString message =
-      QStringLiteral("Moved %1 photo%2 to Trash.").arg(QString::number(moved), moved == 1 ? QString() : QStringLiteral("s"));
+  QString message = QStringLiteral("Moved %1 photo%2 to Trash.")
+                        .arg(QString::number(moved), moved == 1 ? QString() : QStringLiteral("s"));
   if (failed > 0) message += QStringLiteral(" %1 failed.").arg(failed);
   setStatus(message, failed > 0);
 }

@@ -32,7 +32,8 @@ struct NameKey {
 NameKey nameKey(const NameCollator& collator, const PhotoItem& photo) {
   NameKey key{0, collator.sortKey(photo.url.lastPathComponent())};
   unsigned char head[sizeof key.prefix] = {};
-  std::memcpy(head, key.bytes.constData(), std::min<std::size_t>(sizeof head, static_cast<std::size_t>(key.bytes.size())));
+  std::memcpy(head, key.bytes.constData(),
+              std::min<std::size_t>(sizeof head, static_cast<std::size_t>(key.bytes.size())));
   for (const unsigned char byte : head) key.prefix = key.prefix << 8 | byte;
   return key;
 }
@@ -55,7 +56,9 @@ std::variant<std::vector<PhotoItem>, ListingError> photoItems(const FileUrl& fol
   return photos;
 }
 
-std::int64_t modDate(const FileUrl& url) { return contentModificationDate(url); }
+std::int64_t modDate(const FileUrl& url) {
+  return contentModificationDate(url);
+}
 
 std::vector<std::uint32_t> sortedPositions(const std::vector<PhotoItem>& photos, SortOrder order) {
   std::vector<std::uint32_t> positions(photos.size());

@@ -13,9 +13,13 @@ namespace {
 
 constexpr std::size_t kMaxCount = 5;
 
-QString key() { return QStringLiteral("recentFolderPaths"); }
+QString key() {
+  return QStringLiteral("recentFolderPaths");
+}
 
-bool isReachable(const FileUrl& url) { return ::access(url.path().constData(), F_OK) == 0; }
+bool isReachable(const FileUrl& url) {
+  return ::access(url.path().constData(), F_OK) == 0;
+}
 
 }  // namespace
 

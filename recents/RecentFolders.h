@@ -10,9 +10,9 @@ namespace lumagrid {
 
 class Preferences;
 
-// The folders opened most recently, newest first, kept across runs as plain paths in the user's preferences. Loaded once,
-// at construction: folders that cannot be reached are left out, and nothing is written back until the list changes.
-// Main thread. objectWillChange() comes before each assignment of urls(), urlsChanged() after it.
+// The folders opened most recently, newest first, kept across runs as plain paths in the user's preferences. Loaded
+// once, at construction: folders that cannot be reached are left out, and nothing is written back until the list
+// changes. Main thread. objectWillChange() comes before each assignment of urls(), urlsChanged() after it.
 class RecentFolders : public QObject {
   Q_OBJECT
 
