@@ -37,14 +37,18 @@ class FrameTimes : public QObject {
   [[nodiscard]] std::vector<double> take() { return std::exchange(m_milliseconds, {}); }
 
   bool eventFilter(QObject*, QEvent* event) override {
-    if (event->type() == QEvent::UpdateRequest) m_begin = m_clock.nsecsElapsed();
+    if (event->type() == QEvent::UpdateRequest) {
+      m_begin = m_clock.nsecsElapsed();
+    }
     return false;
   }
 
  private:
   void finish() {
     const qint64 begin = m_begin.exchange(0);
-    if (begin != 0) m_milliseconds.push_back(static_cast<double>(m_clock.nsecsElapsed() - begin) / 1e6);
+    if (begin != 0) {
+      m_milliseconds.push_back(static_cast<double>(m_clock.nsecsElapsed() - begin) / 1e6);
+    }
   }
 
   QElapsedTimer m_clock;
@@ -53,7 +57,9 @@ class FrameTimes : public QObject {
 };
 
 void report(const char* name, std::vector<double> times) {
-  if (times.empty()) return;
+  if (times.empty()) {
+    return;
+  }
   std::sort(times.begin(), times.end());
   const auto at = [&times](double share) {
     return times[static_cast<std::size_t>(share * static_cast<double>(times.size() - 1))];
@@ -100,7 +106,9 @@ int main(int argc, char* argv[]) {
   QGuiApplication app(argc, argv);
   QImageReader::setAllocationLimit(0);
   std::vector<QImage> photos;
-  for (const QString& file : app.arguments().mid(1)) photos.push_back(load(file));
+  for (const QString& file : app.arguments().mid(1)) {
+    photos.push_back(load(file));
+  }
   if (photos.size() < 2 ||
       std::any_of(photos.begin(), photos.end(), [](const QImage& photo) { return photo.isNull(); })) {
     std::fprintf(stderr, "usage: lumagrid-bench-frames IMAGE IMAGE [IMAGE...]\n");

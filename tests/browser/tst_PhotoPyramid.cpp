@@ -9,14 +9,18 @@ namespace {
 
 QImage picture(const QList<QRgb>& row) {
   QImage image(static_cast<int>(row.size()), 1, QImage::Format_RGBA8888_Premultiplied);
-  for (int x = 0; x < image.width(); ++x) image.setPixel(x, 0, row[x]);
+  for (int x = 0; x < image.width(); ++x) {
+    image.setPixel(x, 0, row[x]);
+  }
   return image;
 }
 
 QImage picture(const QList<QList<int>>& greys) {
   QImage image(static_cast<int>(greys[0].size()), static_cast<int>(greys.size()), QImage::Format_RGBX8888);
   for (int y = 0; y < image.height(); ++y) {
-    for (int x = 0; x < image.width(); ++x) image.setPixel(x, y, qRgb(greys[y][x], greys[y][x], greys[y][x]));
+    for (int x = 0; x < image.width(); ++x) {
+      image.setPixel(x, y, qRgb(greys[y][x], greys[y][x], greys[y][x]));
+    }
   }
   return image;
 }
@@ -25,7 +29,9 @@ QList<QList<int>> greysOf(const QImage& image) {
   QList<QList<int>> greys;
   for (int y = 0; y < image.height(); ++y) {
     greys.emplaceBack();
-    for (int x = 0; x < image.width(); ++x) greys.back().append(qRed(image.pixel(x, y)));
+    for (int x = 0; x < image.width(); ++x) {
+      greys.back().append(qRed(image.pixel(x, y)));
+    }
   }
   return greys;
 }
@@ -84,7 +90,9 @@ class tst_PhotoPyramid : public QObject {
     QCOMPARE(got.size(), scaled.size());
     for (int y = 0; y < scaled.size(); ++y) {
       QCOMPARE(got[y].size(), scaled[y].size());
-      for (int x = 0; x < scaled[y].size(); ++x) QVERIFY(std::abs(got[y][x] - scaled[y][x]) <= 1);
+      for (int x = 0; x < scaled[y].size(); ++x) {
+        QVERIFY(std::abs(got[y][x] - scaled[y][x]) <= 1);
+      }
     }
   }
 
@@ -136,8 +144,9 @@ class tst_PhotoPyramid : public QObject {
     const QImage fittedAfter = pyramid.fitted({300, 120});
     qint64 difference = 0;
     for (int y = 0; y < 120; ++y) {
-      for (int x = 0; x < 300; ++x)
+      for (int x = 0; x < 300; ++x) {
         difference += std::abs(qGreen(fittedBefore.pixel(x, y)) - qGreen(fittedAfter.pixel(x, y)));
+      }
     }
     QVERIFY2(difference < 300 * 120 * 8, qPrintable(QString::number(difference)));
   }
@@ -162,7 +171,9 @@ class tst_PhotoPyramid : public QObject {
     while (coarsest.isEmpty()) {
       // Levels come finest first, and whole.
       const QImage coarser = pyramid.level(2);
-      if (!coarser.isNull()) QVERIFY(!pyramid.level(1).isNull());
+      if (!coarser.isNull()) {
+        QVERIFY(!pyramid.level(1).isNull());
+      }
       coarsest = coarser.size();
     }
     QCOMPARE(coarsest, QSize(500, 375));

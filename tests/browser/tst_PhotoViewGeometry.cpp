@@ -103,13 +103,17 @@ class tst_PhotoViewGeometry : public QObject {
   // Each level's tiles cover the photo once; each is uploaded whole, with its border, in at most 512 x 512.
   void tilesCoverThePhotoOnce_data() {
     QTest::addColumn<int>("level");
-    for (int level = 0; level < 6; ++level) QTest::addRow("level %d", level) << level;
+    for (int level = 0; level < 6; ++level) {
+      QTest::addRow("level %d", level) << level;
+    }
   }
   void tilesCoverThePhotoOnce() {
     QFETCH(int, level);
     const QSize photo(20000, 10001);
     QSize levelSize = photo;
-    for (int i = 0; i < level; ++i) levelSize = {(levelSize.width() + 1) / 2, (levelSize.height() + 1) / 2};
+    for (int i = 0; i < level; ++i) {
+      levelSize = {(levelSize.width() + 1) / 2, (levelSize.height() + 1) / 2};
+    }
     double area = 0;
     const QRect tiles = tilesTouching(QRectF(QPointF(), QSizeF(photo)), photo, level);
     for (int row = tiles.top(); row <= tiles.bottom(); ++row) {

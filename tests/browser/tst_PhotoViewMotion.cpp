@@ -23,8 +23,8 @@ class tst_PhotoViewMotion : public QObject {
   void arrives_data() {
     QTest::addColumn<Curve>("curve");
     QTest::addColumn<double>("longest");
-    QTest::newRow("spring") << Curve::spring << 0.8;
-    QTest::newRow("ease-out") << Curve::easeOut << 0.12;
+    QTest::newRow("spring") << Curve::Spring << 0.8;
+    QTest::newRow("ease-out") << Curve::EaseOut << 0.12;
   }
   void arrives() {
     QFETCH(Curve, curve);
@@ -41,7 +41,7 @@ class tst_PhotoViewMotion : public QObject {
   }
 
   void springPassesItsTargetOnceToSee() {
-    const PhotoViewMotion motion(Curve::spring, kZoomed, kFitted);
+    const PhotoViewMotion motion(Curve::Spring, kZoomed, kFitted);
     // Monotone down to the first turn, which lies below the target by e^(-pi z / sqrt(1 - z^2)) of the way, z = 0.8.
     const double expected = 3 * std::exp(-std::numbers::pi * 0.8 / 0.6);
     double seconds = 0;
@@ -53,12 +53,13 @@ class tst_PhotoViewMotion : public QObject {
     QVERIFY(std::abs((1 - scale) - expected) < 0.001);
     // Half a damped period: pi / (w sqrt(1 - z^2)), w = 2 pi / 0.3 s.
     QVERIFY(std::abs(seconds - 0.25) < 2 * kStep);
-    for (; seconds < motion.duration(); seconds += kStep)
+    for (; seconds < motion.duration(); seconds += kStep) {
       QVERIFY(std::abs(motion.at(seconds).scale - 1) < expected + 1e-9);
+    }
   }
 
   void easeOutSlowsDownWithoutPassing() {
-    const PhotoViewMotion motion(Curve::easeOut, kZoomed, kFitted);
+    const PhotoViewMotion motion(Curve::EaseOut, kZoomed, kFitted);
     double speed = 1e9;
     for (double seconds = 0; seconds + kStep < 0.12; seconds += kStep) {
       const double moved = motion.at(seconds).scale - motion.at(seconds + kStep).scale;
@@ -68,9 +69,9 @@ class tst_PhotoViewMotion : public QObject {
   }
 
   void newTargetKeepsPlaceAndSpeed() {
-    const PhotoViewMotion first(Curve::spring, kZoomed, kFitted);
+    const PhotoViewMotion first(Curve::Spring, kZoomed, kFitted);
     for (const double seconds : {0.02, 0.1, 0.3}) {
-      const PhotoViewMotion second = first.retargeted(Curve::spring, {2, {-50, 70}}, seconds);
+      const PhotoViewMotion second = first.retargeted(Curve::Spring, {2, {-50, 70}}, seconds);
       QVERIFY(std::abs(second.at(0).scale - first.at(seconds).scale) < 1e-9);
       constexpr double kMoment = 1e-5;
       const double before = (first.at(seconds).scale - first.at(seconds - kMoment).scale) / kMoment;
@@ -81,10 +82,10 @@ class tst_PhotoViewMotion : public QObject {
   }
 
   void nothingToDoTakesNoTime() {
-    QCOMPARE(PhotoViewMotion(Curve::spring, kFitted, kFitted).duration(), 0.0);
-    QCOMPARE(PhotoViewMotion(Curve::easeOut, kZoomed, kZoomed).at(0), kZoomed);
-    const PhotoViewMotion settled(Curve::spring, kZoomed, kFitted);
-    QCOMPARE(settled.retargeted(Curve::easeOut, kFitted, 10).duration(), 0.0);
+    QCOMPARE(PhotoViewMotion(Curve::Spring, kFitted, kFitted).duration(), 0.0);
+    QCOMPARE(PhotoViewMotion(Curve::EaseOut, kZoomed, kZoomed).at(0), kZoomed);
+    const PhotoViewMotion settled(Curve::Spring, kZoomed, kFitted);
+    QCOMPARE(settled.retargeted(Curve::EaseOut, kFitted, 10).duration(), 0.0);
   }
 };
 
