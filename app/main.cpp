@@ -1,10 +1,17 @@
+#include <malloc.h>
+
 #include <QApplication>
+#include <QScopeGuard>
 #include <cstdio>
+#include <thread>
 
 #include "CommandLine.h"
 #include "FileImageDecoder.h"
+#include "FolderListing.h"
 #include "GioTrash.h"
 #include "LumagridApp.h"
+#include "PhotoScan.h"
+#include "PictureStore.h"
 #include "PortalAppearance.h"
 #include "QmlPlugins.h"
 #include "QtAlert.h"
@@ -18,17 +25,38 @@ using namespace lumagrid;
 
 namespace {
 
-int run(QApplication& application, const CommandLine& line) {
+// Pictures and files of many megabytes go back to the system when they are freed; thumbnails, whose fresh pages would
+// cost more than they, do not.
+void tuneMemory() {
+#ifdef __GLIBC__
+  ::mallopt(M_MMAP_THRESHOLD, 4 << 20);
+  ::mallopt(M_TRIM_THRESHOLD, 8 << 20);
+#endif
+}
+
+// Decodes the photo that a start with this path will show, while the toolkit starts.
+void decodeAhead(PictureStore& pictures, const QByteArray& path) {
+  if (path.isEmpty()) return;
+  const FileUrl url = FileUrl::fromPath(path);
+  if (isDirectory(url)) {
+    const auto scan = photoItems(url);
+    const auto* photos = std::get_if<std::vector<PhotoItem>>(&scan);
+    if (photos && !photos->empty()) pictures.decodeAhead(photos->front().url);
+  } else {
+    pictures.decodeAhead(url);
+  }
+}
+
+int run(QApplication& application, const CommandLine& line, PictureStore& pictures) {
   PortalAppearance appearance(line.appearance);
   WidgetPalette widgetPalette(appearance);
-  FileImageDecoder decoder;
   GioTrash trash;
   QtFolderChooser chooser(widgetPalette);
   QtAlert alert(widgetPalette);
   QtPopupMenu popupMenu(widgetPalette);
   ScopedAccess access;
   SettingsPreferences preferences;
-  LumagridApp app({{decoder, trash, chooser, alert, access}, preferences, popupMenu, appearance});
+  LumagridApp app({{pictures, trash, chooser, alert, access}, preferences, popupMenu, appearance});
 
   QQuickWindow* window = app.makeWindow();
   if (!window) return EXIT_FAILURE;
@@ -60,11 +88,16 @@ int main(int argc, char* argv[]) {
     std::puts("Lumagrid " LUMAGRID_VERSION);
     return EXIT_SUCCESS;
   }
+  tuneMemory();
+  FileImageDecoder decoder;
+  PictureStore pictures(decoder);
+  std::thread ahead([&pictures, path = parse().path] { decodeAhead(pictures, path); });
+  const auto joinAhead = qScopeGuard([&ahead] { ahead.join(); });
   QApplication application(argc, argv);  // takes the toolkit's own options out of argv
   const CommandLine line = parse();
   if (line.action == CommandLine::Action::refuse) {
     std::fprintf(stderr, "lumagrid: %s\n%s", qPrintable(line.refusal), qPrintable(CommandLine::helpText()));
     return 2;
   }
-  return run(application, line);
+  return run(application, line, pictures);
 }

@@ -120,6 +120,7 @@ void PhotoLibrary::loadCurrentImage(const std::optional<QString>& statusOverride
     return;
   }
   const QString name = photo->displayName();
+  adviseNeighbours();
   DecodedImage decoded = m_services.decoder.decode(photo->url);
   if (decoded.pixels.isNull()) {
     setCurrentImage({});
@@ -128,6 +129,13 @@ void PhotoLibrary::loadCurrentImage(const std::optional<QString>& statusOverride
   }
   setCurrentImage(std::move(decoded.pixels));
   setStatus(statusOverride ? *statusOverride : QStringLiteral("Showing \"%1\".").arg(name), false);
+}
+
+// While this photo is decoded, the system can read those that a step would show.
+void PhotoLibrary::adviseNeighbours() {
+  for (const std::int64_t index : {m_currentIndex + 1, m_currentIndex - 1}) {
+    if (index >= 0 && index < photoCount()) m_services.decoder.willNeed(m_photos[static_cast<std::size_t>(index)].url);
+  }
 }
 
 void PhotoLibrary::setFolderURL(std::optional<FileUrl> url) {

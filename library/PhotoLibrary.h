@@ -103,6 +103,7 @@ class PhotoLibrary : public QObject {
   void adoptFolder(const FileUrl& url, std::vector<PhotoItem> photos, std::int64_t current);
   void updateSecurityScopedAccess(const FileUrl& url);
   void releaseSecurityScopedAccess();
+  void adviseNeighbours();
   void loadCurrentImage(const std::optional<QString>& statusOverride);
   void applySortOrder();
 

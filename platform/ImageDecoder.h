@@ -32,6 +32,9 @@ class ImageDecoder {
   // The whole picture.
   [[nodiscard]] virtual DecodedImage decode(const FileUrl& file) = 0;
 
+  // The file is likely to be asked for soon. Returns at once.
+  virtual void willNeed(const FileUrl& file) { (void)file; }
+
   // The picture scaled down, aspect ratio kept, so that its longer side has `maxPixelSize` pixels (>= 1); at its own
   // size when that is smaller. A thumbnail that the file carries is never used.
   [[nodiscard]] virtual DecodedImage decodeBounded(const FileUrl& file, std::int64_t maxPixelSize) = 0;
