@@ -62,11 +62,11 @@ QImage badgeImage(double devicePixelRatio) {
 }  // namespace
 
 void TileNode::PictureNode::show(QQuickWindow* window, const QImage& image, const QRectF& rect, const QRectF& source) {
-  if (!m_node) {
+  const bool isNew = !m_node;
+  if (isNew) {
     m_node = window->createImageNode();
     m_node->setFiltering(QSGTexture::Linear);
     m_node->setFlag(OwnedByParent);
-    appendChildNode(m_node);
     m_imageKey = 0;
   }
   if (m_imageKey != image.cacheKey()) {
@@ -77,6 +77,8 @@ void TileNode::PictureNode::show(QQuickWindow* window, const QImage& image, cons
   }
   m_node->setRect(rect);
   m_node->setSourceRect(source);
+  // The software renderer looks at the texture of a node as soon as it is given one.
+  if (isNew) appendChildNode(m_node);
 }
 
 void TileNode::PictureNode::hide() {

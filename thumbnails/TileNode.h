@@ -24,8 +24,9 @@ struct TileLook {
 };
 
 // The layers of a tile, back to front: shadow, card, thumbnail or spinner, dimming, badge, border, focus ring. Render
-// thread, with the main thread blocked.
-class TileNode : public QSGNode {
+// thread, with the main thread blocked. A transform node, though it moves nothing: the software renderer places a layer
+// that changes later by what it remembers of the layer's parent, and of plain nodes it remembers nothing.
+class TileNode : public QSGTransformNode {
  public:
   TileNode();
 
