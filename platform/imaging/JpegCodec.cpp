@@ -1,8 +1,10 @@
 #include <turbojpeg.h>
 
+#include <array>
 #include <memory>
 
 #include "AreaScaling.h"
+#include "BaselineJpegEighth.h"
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
@@ -16,11 +18,17 @@ struct DestroyHandle {
 };
 using Handle = std::unique_ptr<void, DestroyHandle>;
 
+constexpr tjscalingfactor kEighth = {1, 8};
+
+QSize scaledBy(tjscalingfactor factor, QSize size) {
+  return {TJSCALED(size.width(), factor), TJSCALED(size.height(), factor)};
+}
+
 // The smallest of the sizes that the inverse transform can give directly and that still covers `target`.
 QSize smallestScaled(QSize stored, QSize target) {
-  for (const int eighths : {1, 2, 4}) {  // the others have no fast transform
-    const tjscalingfactor factor = {eighths, 8};
-    const QSize scaled(TJSCALED(stored.width(), factor), TJSCALED(stored.height(), factor));
+  constexpr std::array<tjscalingfactor, 3> kFactors = {{kEighth, {2, 8}, {4, 8}}};  // the others have no fast transform
+  for (const tjscalingfactor factor : kFactors) {
+    const QSize scaled = scaledBy(factor, stored);
     if (scaled.width() >= target.width() && scaled.height() >= target.height()) return scaled;
   }
   return stored;
@@ -51,14 +59,18 @@ DecodedImage decodeJpeg(const CodecRequest& request) {
   const bool isInks = metadata.componentCount == 4;
   const QSize target = shownSize(size, metadata.pixelAspect, request.bound);
   const QSize scaled = request.bound > 0 ? smallestScaled(size, target) : size;
-  QImage pixels = unsetPixels(scaled, QImage::Format_RGBX8888);
-  if (pixels.isNull()) return {{}, ImageError::tooLarge};
-  // TJPF_RGBA promises what RGBX8888 needs, 255 in the fourth byte. More than 500 scans are an attack on time.
-  const int status = tjDecompress2(handle.get(), bytes, byteCount, pixels.bits(), scaled.width(),
-                                   static_cast<int>(pixels.bytesPerLine()), scaled.height(),
-                                   isInks ? TJPF_CMYK : TJPF_RGBA, TJFLAG_LIMITSCANS);
-  // A warning (data cut short, strange bytes) leaves a whole picture, gray where nothing came.
-  if (status != 0 && tjGetErrorCode(handle.get()) != TJERR_WARNING) return {{}, ImageError::damaged};
+  QImage pixels;
+  if (scaled == scaledBy(kEighth, size)) pixels = baselineJpegAtEighth(request.bytes);
+  if (pixels.isNull()) {
+    pixels = unsetPixels(scaled, QImage::Format_RGBX8888);
+    if (pixels.isNull()) return {{}, ImageError::tooLarge};
+    // TJPF_RGBA promises what RGBX8888 needs, 255 in the fourth byte. More than 500 scans are an attack on time.
+    const int status = tjDecompress2(handle.get(), bytes, byteCount, pixels.bits(), scaled.width(),
+                                     static_cast<int>(pixels.bytesPerLine()), scaled.height(),
+                                     isInks ? TJPF_CMYK : TJPF_RGBA, TJFLAG_LIMITSCANS);
+    // A warning (data cut short, strange bytes) leaves a whole picture, gray where nothing came.
+    if (status != 0 && tjGetErrorCode(handle.get()) != TJERR_WARNING) return {{}, ImageError::damaged};
+  }
 
   RawPicture picture;
   picture.pixels = std::move(pixels);
