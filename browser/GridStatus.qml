@@ -30,6 +30,7 @@ ContinuousRectangle {
         font: Fonts.system(13, Font.Medium)
         color: root.isError ? WindowPalette.danger : WindowPalette.muted
         elide: Text.ElideRight
+        Accessible.ignored: true // the whole has its name
     }
 
     Timer {

@@ -58,6 +58,8 @@ ContinuousRectangle {
             textFormat: Text.PlainText
             font: Fonts.system(13, Font.DemiBold)
             color: WindowPalette.muted
+            Accessible.role: Accessible.StaticText
+            Accessible.name: counter.text
         }
     }
 }

@@ -26,6 +26,8 @@ Column {
         textFormat: Text.PlainText
         font: Fonts.system(22, Font.Bold)
         color: WindowPalette.text
+        Accessible.role: Accessible.StaticText
+        Accessible.name: root.title
     }
 
     Text {
@@ -37,5 +39,7 @@ Column {
         color: WindowPalette.muted
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.WordWrap
+        Accessible.role: Accessible.StaticText
+        Accessible.name: root.subtitle
     }
 }

@@ -48,6 +48,8 @@ ChromeBar {
             textFormat: Text.PlainText
             font: Fonts.system(14, Font.DemiBold)
             color: WindowPalette.text
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
     }
 

@@ -12,6 +12,8 @@ Text {
     textFormat: Text.PlainText
     maximumLineCount: 1
     wrapMode: Text.NoWrap
+    Accessible.role: Accessible.StaticText
+    Accessible.name: root.text
 
     HoverHandler {
         id: hover
