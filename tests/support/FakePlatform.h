@@ -1,0 +1,131 @@
+#pragma once
+
+#include <QMap>
+#include <QSet>
+#include <functional>
+#include <utility>
+
+#include "Alert.h"
+#include "FolderChooser.h"
+#include "ImageDecoder.h"
+#include "PhotoLibrary.h"
+#include "PopupMenu.h"
+#include "Preferences.h"
+#include "ScopedAccess.h"
+#include "Trash.h"
+
+// Stand-ins for what the system gives. Each answers as the test says, and keeps what it was asked. Files are told by
+// their names alone.
+namespace lumagrid {
+
+class FakeImageDecoder : public ImageDecoder {
+ public:
+  QSet<QString> damaged;
+  QStringList decoded;
+
+  DecodedImage decode(const FileUrl& file) override {
+    decoded.append(file.displayName());
+    if (damaged.contains(file.displayName())) return {{}, ImageError::damaged};
+    QImage image(3, 2, QImage::Format_RGBX8888);
+    image.fill(Qt::white);
+    image.setText(QStringLiteral("name"), file.displayName());
+    return {image, ImageError::none};
+  }
+  DecodedImage decodeBounded(const FileUrl& file, std::int64_t) override { return decode(file); }
+
+  // The file of a picture that came from here; empty for none.
+  [[nodiscard]] static QString nameOf(const QImage& image) { return image.text(QStringLiteral("name")); }
+};
+
+class FakeTrash : public Trash {
+ public:
+  QSet<QString> stuck;
+  QStringList moved;
+
+  std::optional<QString> trashItem(const FileUrl& file) override {
+    if (stuck.contains(file.displayName())) return QStringLiteral("It sticks");
+    moved.append(file.displayName());
+    return std::nullopt;
+  }
+};
+
+class FakeFolderChooser : public FolderChooser {
+ public:
+  std::optional<FileUrl> answer;
+  std::function<void()> whileOpen = [] {};
+  QStringList asked;
+
+  std::optional<FileUrl> chooseFolder(const QString& title, const QString& prompt) override {
+    asked = {title, prompt};
+    whileOpen();
+    return answer;
+  }
+};
+
+class FakeAlert : public Alert {
+ public:
+  int answer = 0;
+  std::function<void()> whileOpen = [] {};
+  QList<QStringList> asked;  // each: the message, the information, the buttons
+
+  int runModal(const AlertRequest& request) override {
+    asked.append(QStringList{request.messageText, request.informativeText} + request.buttons);
+    whileOpen();
+    return answer;
+  }
+};
+
+class FakeScopedAccess : public ScopedAccess {
+ public:
+  bool grants = true;
+  QStringList log;
+
+  bool start(const FileUrl& folder) override {
+    log.append(QStringLiteral("start ") + folder.displayName());
+    return grants;
+  }
+  void stop(const FileUrl& folder) override { log.append(QStringLiteral("stop ") + folder.displayName()); }
+};
+
+class FakePreferences : public Preferences {
+ public:
+  QMap<QString, QStringList> values;
+  int writes = 0;
+
+  std::optional<QStringList> stringArray(const QString& key) const override {
+    return values.contains(key) ? std::optional(values.value(key)) : std::nullopt;
+  }
+  void set(const QString& key, const QStringList& value) override {
+    ++writes;
+    values[key] = value;
+  }
+  void removeObject(const QString& key) override {
+    ++writes;
+    values.remove(key);
+  }
+};
+
+class FakePopupMenu : public PopupMenu {
+ public:
+  QPoint position;
+  std::vector<MenuEntry> entries;  // of the menu opened last
+
+  void open(QWindow*, QPoint at, std::vector<MenuEntry> menu, std::function<void()>) override {
+    position = at;
+    entries = std::move(menu);
+  }
+};
+
+struct FakePlatform {
+  FakeImageDecoder decoder;
+  FakeTrash trash;
+  FakeFolderChooser chooser;
+  FakeAlert alert;
+  FakeScopedAccess access;
+  FakePreferences preferences;
+  FakePopupMenu popupMenu;
+
+  [[nodiscard]] PhotoLibrary::Services services() { return {decoder, trash, chooser, alert, access}; }
+};
+
+}  // namespace lumagrid
