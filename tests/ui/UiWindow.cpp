@@ -1,0 +1,114 @@
+#include "UiWindow.h"
+
+#include <QMimeData>
+#include <QNativeGestureEvent>
+#include <QPointingDevice>
+
+#include "QmlPlugins.h"
+
+namespace lumagrid {
+
+namespace {
+
+QQuickWindow& shown(QQuickWindow* window) {
+  if (!window) qFatal("The window cannot be made");
+  window->show();
+  if (!QTest::qWaitForWindowExposed(window)) qFatal("The window does not show");
+  window->requestActivate();
+  if (!QTest::qWaitForWindowActive(window)) qFatal("The window does not become active");
+  return *window;
+}
+
+QAccessibleInterface* findBelow(QAccessibleInterface* parent, const QString& name, QAccessible::Role role) {
+  for (int i = 0; i < parent->childCount(); ++i) {
+    QAccessibleInterface* child = parent->child(i);
+    if (!child || child->state().invisible) continue;
+    if (child->text(QAccessible::Name) == name && (role == QAccessible::NoRole || child->role() == role)) return child;
+    if (QAccessibleInterface* found = findBelow(child, name, role)) return found;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+UiWindow::UiWindow(LumagridApp& app)
+    : window(shown(app.makeWindow())), view(*app.contentView(&window)), library(*view.library()) {}
+
+QAccessibleInterface* UiWindow::find(QAnyStringView name, QAccessible::Role role) const {
+  return findBelow(root(), name.toString(), role);
+}
+
+bool UiWindow::isEnabled(QAnyStringView name) const {
+  const QAccessibleInterface* found = find(name);
+  const auto* item = found ? qobject_cast<QQuickItem*>(found->object()) : nullptr;
+  return item && item->isEnabled();
+}
+
+bool UiWindow::isChecked(QAnyStringView name) const {
+  const QAccessibleInterface* found = find(name);
+  return found && found->state().checked;
+}
+
+QRect UiWindow::rectOf(QAnyStringView name) const {
+  const QAccessibleInterface* found = find(name);
+  return found ? found->rect().translated(-window.mapToGlobal(QPoint())) : QRect();
+}
+
+void UiWindow::click(QAnyStringView name, Qt::KeyboardModifiers modifiers) {
+  const QRect rect = rectOf(name);
+  if (rect.isEmpty()) QFAIL(qPrintable(QStringLiteral("Nothing shows as ") + name.toString()));
+  QTest::mouseClick(&window, Qt::LeftButton, modifiers, rect.center());
+}
+
+void UiWindow::drag(QPoint from, const QList<QPoint>& way) {
+  QTest::mousePress(&window, Qt::LeftButton, {}, from);
+  for (const QPoint& translation : way) QTest::mouseMove(&window, from + translation);
+  QTest::mouseRelease(&window, Qt::LeftButton, {}, from + way.last());
+}
+
+void UiWindow::turnWheel(int delta, Qt::KeyboardModifiers modifiers) {
+  QWheelEvent event(middle(), window.mapToGlobal(middle()), {}, {0, delta}, Qt::NoButton, modifiers, Qt::NoScrollPhase,
+                    false);
+  QCoreApplication::sendEvent(&window, &event);
+}
+
+void UiWindow::gesture(Qt::NativeGestureType type, double value) {
+  QNativeGestureEvent event(type, QPointingDevice::primaryPointingDevice(), 2, middle(), middle(),
+                            window.mapToGlobal(middle()), value, {});
+  QCoreApplication::sendEvent(&window, &event);
+  if (type != Qt::ZoomNativeGesture) m_magnification = 1;
+}
+
+void UiWindow::changePinch(double magnification) {
+  gesture(Qt::ZoomNativeGesture, magnification / m_magnification - 1);
+  m_magnification = magnification;
+}
+
+void UiWindow::pinch(const QList<double>& magnifications) {
+  beginPinch();
+  for (const double magnification : magnifications) changePinch(magnification);
+  endPinch();
+}
+
+bool UiWindow::drop(const QList<QUrl>& urls) {
+  QMimeData data;
+  data.setUrls(urls);
+  constexpr auto kActions = Qt::CopyAction | Qt::MoveAction;
+  QDragEnterEvent enter(middle(), kActions, &data, Qt::LeftButton, {});
+  QCoreApplication::sendEvent(&window, &enter);
+  QDragMoveEvent move(middle(), kActions, &data, Qt::LeftButton, {});
+  QCoreApplication::sendEvent(&window, &move);
+  QDropEvent drop(middle(), kActions, &data, Qt::LeftButton, {});
+  QCoreApplication::sendEvent(&window, &drop);
+  return enter.isAccepted() && drop.isAccepted() && drop.dropAction() == Qt::CopyAction;
+}
+
+void choose(UiApp& app, UiWindow& window, const FileUrl& folder) {
+  app.platform.chooser.answer = folder;
+  window.click("Choose Folder");
+  window.library.openPhoto(0);
+  window.view.exitDetailMode();
+  QCoreApplication::processEvents();
+}
+
+}  // namespace lumagrid

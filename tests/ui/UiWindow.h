@@ -1,0 +1,102 @@
+#pragma once
+
+#include <QAccessible>
+#include <QImage>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+
+#include "FakePlatform.h"
+#include "LumagridApp.h"
+#include "PhotoFolder.h"
+#include "SamplePhoto.h"
+#include "TemporaryHome.h"
+
+namespace lumagrid {
+
+// The application over a platform that does as the test says.
+struct UiApp {
+  FakePlatform platform;
+  Appearance appearance;
+  LumagridApp app;
+
+  explicit UiApp(ColorScheme colorScheme = ColorScheme::light)
+      : appearance(colorScheme), app({platform.services(), platform.preferences, platform.popupMenu, appearance}) {}
+  // With a Trash of its own.
+  explicit UiApp(Trash& trash)
+      : appearance(ColorScheme::light),
+        app({{platform.decoder, trash, platform.chooser, platform.alert, platform.access},
+             platform.preferences,
+             platform.popupMenu,
+             appearance}) {}
+};
+
+// One window of the application: driven by events, and seen as assistive technology sees it. Positions are points of
+// the window.
+class UiWindow {
+ public:
+  // Shown when the constructor returns.
+  explicit UiWindow(LumagridApp& app);
+
+  QQuickWindow& window;
+  ContentView& view;
+  PhotoLibrary& library;
+
+  [[nodiscard]] QAccessibleInterface* root() const { return QAccessible::queryAccessibleInterface(&window); }
+  // What shows under this name; null when nothing does.
+  [[nodiscard]] QAccessibleInterface* find(QAnyStringView name, QAccessible::Role role = QAccessible::NoRole) const;
+  [[nodiscard]] bool shows(QAnyStringView name) const { return find(name) != nullptr; }
+  [[nodiscard]] bool isEnabled(QAnyStringView name) const;
+  [[nodiscard]] bool isChecked(QAnyStringView name) const;
+  // In points of the window; empty when nothing shows under this name.
+  [[nodiscard]] QRect rectOf(QAnyStringView name) const;
+
+  void click(QAnyStringView name, Qt::KeyboardModifiers modifiers = {});
+  void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&window, key, modifiers); }
+  void drag(QPoint from, const QList<QPoint>& way);
+  void turnWheel(int delta, Qt::KeyboardModifiers modifiers = {});
+  // Two fingers on a touch pad, over the middle of the window; `magnifications` are relative to the start.
+  void pinch(const QList<double>& magnifications);
+  void beginPinch() { gesture(Qt::BeginNativeGesture, 0); }
+  void changePinch(double magnification);
+  void endPinch() { gesture(Qt::EndNativeGesture, 0); }
+  // Drops `urls` on the middle of the window; whether the window took them.
+  bool drop(const QList<QUrl>& urls);
+
+  [[nodiscard]] QPoint middle() const { return {window.width() / 2, window.height() / 2}; }
+  [[nodiscard]] int menuBarHeight() const { return window.minimumHeight() - 760; }
+  [[nodiscard]] QImage grab() { return window.grabWindow().convertToFormat(QImage::Format_RGB32); }
+
+ private:
+  void gesture(Qt::NativeGestureType type, double value);
+
+  double m_magnification = 1;
+};
+
+// A folder of small pictures under these names.
+class Photos : public PhotoFolder {
+ public:
+  explicit Photos(const QStringList& names, Qt::GlobalColor color = Qt::darkCyan) {
+    const QByteArray photo = samplePhoto({20, 20}, color);
+    for (const QString& name : names) (void)add(name, photo);
+  }
+  explicit Photos(int count) : Photos(numberedNames(count)) {}
+};
+
+// Opens the folder as a user does, with its first photo current.
+void choose(UiApp& app, UiWindow& window, const FileUrl& folder);
+
+inline QString photoName(int number) {
+  return QString::number(number) + QStringLiteral(".jpg");
+}
+
+}  // namespace lumagrid
+
+// Outside of every namespace.
+#define LUMAGRID_UI_TEST_MAIN(Test)          \
+  int main(int argc, char** argv) {          \
+    const TemporaryHome home;                \
+    QGuiApplication application(argc, argv); \
+    Test test;                               \
+    return QTest::qExec(&test, argc, argv);  \
+  }
