@@ -2,12 +2,16 @@
 
 #include <lcms2.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <system_error>
+#include <thread>
 #include <vector>
 
+#include "MatrixConversion.h"
 #include "MemoryCache.h"
 #include "PixelBuffer.h"
 
@@ -26,7 +30,8 @@ using Transform = std::unique_ptr<void, DeleteTransform>;
 enum class Depth : unsigned char { bits8, bits16 };
 
 struct Conversion {
-  Transform transform;  // null: the pixels stay as they are
+  Transform transform;                       // null: the pixels stay as they are
+  std::unique_ptr<MatrixConversion> matrix;  // does the same for 8 bits in less time; null: it cannot
   ColorModel model = ColorModel::rgb;
   std::array<quint32, 256> grays{};  // the pixel of each gray, for gray profiles
 };
@@ -49,9 +54,11 @@ cmsUInt32Number sourceType(ColorModel model, Depth depth) {
   return 0;
 }
 
-// True when no colour of a coarse lattice, and no gray, moves by more than a rounding.
-bool isIdentity(cmsHTRANSFORM transform) {
-  std::vector<std::array<uchar, 4>> colors;
+using Colors = std::vector<std::array<uchar, 4>>;
+
+// A coarse lattice of colours, and all grays.
+Colors sampleColors() {
+  Colors colors;
   constexpr int kStep = 51;
   for (int red = 0; red < 256; red += kStep) {
     for (int green = 0; green < 256; green += kStep) {
@@ -64,14 +71,30 @@ bool isIdentity(cmsHTRANSFORM transform) {
     const auto value = static_cast<uchar>(gray);
     colors.push_back({value, value, value, 255});
   }
-  auto converted = colors;
-  cmsDoTransform(transform, colors.data(), converted.data(), static_cast<cmsUInt32Number>(colors.size()));
-  for (size_t index = 0; index < colors.size(); ++index) {
-    for (size_t channel = 0; channel < 3; ++channel) {
-      if (std::abs(colors[index][channel] - converted[index][channel]) > 1) return false;
-    }
-  }
-  return true;
+  return colors;
+}
+
+Colors transformed(cmsHTRANSFORM transform, const Colors& colors) {
+  Colors result = colors;
+  cmsDoTransform(transform, colors.data(), result.data(), static_cast<cmsUInt32Number>(colors.size()));
+  return result;
+}
+
+// True when no colour differs by more than a rounding.
+bool isSame(const Colors& some, const Colors& others) {
+  return std::equal(some.begin(), some.end(), others.begin(), [](const auto& one, const auto& other) {
+    return std::equal(one.begin(), one.begin() + 3, other.begin(),
+                      [](int value, int otherValue) { return std::abs(value - otherValue) <= 1; });
+  });
+}
+
+// What has tables beside its matrix, or curves with a twist, is left to the general way.
+std::unique_ptr<MatrixConversion> makeMatrix(cmsHPROFILE profile, const Colors& colors, const Colors& wanted) {
+  auto matrix = MatrixConversion::of(profile);
+  if (!matrix) return nullptr;
+  Colors found = colors;
+  matrix->convert(found.front().data(), static_cast<qsizetype>(found.size()));
+  return isSame(found, wanted) ? std::move(matrix) : nullptr;
 }
 
 Transform makeTransform(cmsHPROFILE profile, ColorModel model, Depth depth) {
@@ -98,7 +121,13 @@ std::shared_ptr<const Conversion> makeConversion(const QByteArray& iccProfile, C
   if (!conversion->transform) return conversion;
   if (model == ColorModel::rgb) {
     const Transform sampled = depth == Depth::bits16 ? makeTransform(profile.get(), model, Depth::bits8) : nullptr;
-    if (isIdentity(sampled ? sampled.get() : conversion->transform.get())) conversion->transform.reset();
+    const Colors colors = sampleColors();
+    const Colors wanted = transformed(sampled ? sampled.get() : conversion->transform.get(), colors);
+    if (isSame(colors, wanted)) {
+      conversion->transform.reset();
+    } else if (depth == Depth::bits8) {
+      conversion->matrix = makeMatrix(profile.get(), colors, wanted);
+    }
   } else if (model == ColorModel::gray) {
     std::array<uchar, 256> values{};
     for (size_t gray = 0; gray < values.size(); ++gray) values[gray] = static_cast<uchar>(gray);
@@ -149,9 +178,34 @@ void convertRow(const Conversion& conversion, ColorModel model, uchar* row, int 
     for (uchar* const end = row + qsizetype{count} * 4; row != end; row += 4) {
       std::copy_n(reinterpret_cast<const uchar*>(&conversion.grays[*row]), 3, row);
     }
+  } else if (conversion.matrix) {
+    conversion.matrix->convert(row, count);
   } else {
     cmsDoTransform(transform, row, row, static_cast<cmsUInt32Number>(count));
   }
+}
+
+// Rows on the processors of the machine, when there are enough of them to be worth it.
+void convertRows(const Conversion& conversion, ColorModel model, QImage& pixels) {
+  constexpr qsizetype kPixelsWorthAThread = qsizetype{1} << 21;  // 4 ms; smaller pictures come many at once
+  const auto convertBand = [&conversion, model, first = pixels.bits(), stride = pixels.bytesPerLine(),
+                            width = pixels.width()](int from, int to) {
+    for (int y = from; y < to; ++y) convertRow(conversion, model, first + y * stride, width);
+  };
+  const qsizetype area = qsizetype{pixels.width()} * pixels.height();
+  const auto wanted = std::min<qsizetype>(area / kPixelsWorthAThread, std::thread::hardware_concurrency());
+  const int bands = std::max(static_cast<int>(wanted), 1);
+  const int rowsOfBand = (pixels.height() + bands - 1) / bands;
+  std::vector<std::jthread> helpers;
+  int from = 0;
+  try {
+    for (; from + rowsOfBand < pixels.height(); from += rowsOfBand) {
+      helpers.emplace_back(convertBand, from, from + rowsOfBand);
+    }
+  } catch (const std::system_error&) {
+    // No more threads: the rest falls to this one.
+  }
+  convertBand(from, pixels.height());
 }
 
 }  // namespace
@@ -171,7 +225,7 @@ QImage convertedToSrgb(QImage pixels, ColorModel model, const QByteArray& iccPro
     return converted;
   }
   pixels = std::move(pixels).convertToFormat(result);
-  for (int y = 0; y < pixels.height(); ++y) convertRow(*conversion, model, pixels.scanLine(y), pixels.width());
+  convertRows(*conversion, model, pixels);
   return pixels;
 }
 
