@@ -1,9 +1,8 @@
 #include <malloc.h>
 
 #include <QApplication>
-#include <QScopeGuard>
 #include <cstdio>
-#include <thread>
+#include <future>
 
 #include "CommandLine.h"
 #include "FileImageDecoder.h"
@@ -34,20 +33,20 @@ void tuneMemory() {
 #endif
 }
 
-// Decodes the photo that a start with this path will show, while the toolkit starts.
-void decodeAhead(PictureStore& pictures, const QByteArray& path) {
-  if (path.isEmpty()) return;
-  const FileUrl url = FileUrl::fromPath(path);
-  if (isDirectory(url)) {
-    const auto scan = photoItems(url);
-    const auto* photos = std::get_if<std::vector<PhotoItem>>(&scan);
-    if (photos && !photos->empty()) pictures.decodeAhead(photos->front().url);
-  } else {
-    pictures.decodeAhead(url);
+// Lists and sorts the folder that a start with this path opens, and decodes the photo that it shows, while the toolkit
+// starts.
+FolderScan scanAhead(const FileUrl& url, PictureStore& pictures) {
+  const FileUrl folder = ContentView::scannedFolder(url);
+  if (folder != url) pictures.decodeAhead(url);
+  FolderScan scan{photoItems(folder), {}};
+  if (const auto* photos = std::get_if<std::vector<PhotoItem>>(&scan.listing); photos && !photos->empty()) {
+    if (folder == url) pictures.decodeAhead(photos->front().url);
+    scan.byName = sortedPositions(*photos, SortOrder::nameAscending);
   }
+  return scan;
 }
 
-int run(QApplication& application, const CommandLine& line, PictureStore& pictures) {
+int run(QApplication& application, const CommandLine& line, PictureStore& pictures, std::future<FolderScan> scan) {
   PortalAppearance appearance(line.appearance);
   WidgetPalette widgetPalette(appearance);
   GioTrash trash;
@@ -62,7 +61,12 @@ int run(QApplication& application, const CommandLine& line, PictureStore& pictur
   if (!window) return EXIT_FAILURE;
   ContentView& view = *app.contentView(window);
   if (!line.path.isEmpty()) {
-    view.openPath(FileUrl::fromPath(line.path));
+    const FileUrl url = FileUrl::fromPath(line.path);
+    if (scan.valid()) {
+      view.openPath(url, scan.get());
+    } else {
+      view.openPath(url);
+    }
     if (view.library()->statusIsError()) {
       std::fprintf(stderr, "lumagrid: %s\n", qPrintable(view.library()->statusMessage()));
     }
@@ -91,13 +95,15 @@ int main(int argc, char* argv[]) {
   tuneMemory();
   FileImageDecoder decoder;
   PictureStore pictures(decoder);
-  std::thread ahead([&pictures, path = parse().path] { decodeAhead(pictures, path); });
-  const auto joinAhead = qScopeGuard([&ahead] { ahead.join(); });
+  std::future<FolderScan> scan;
+  if (const QByteArray path = parse().path; !path.isEmpty()) {
+    scan = std::async(std::launch::async, [&pictures, path] { return scanAhead(FileUrl::fromPath(path), pictures); });
+  }
   QApplication application(argc, argv);  // takes the toolkit's own options out of argv
   const CommandLine line = parse();
   if (line.action == CommandLine::Action::refuse) {
     std::fprintf(stderr, "lumagrid: %s\n%s", qPrintable(line.refusal), qPrintable(CommandLine::helpText()));
     return 2;
   }
-  return run(application, line, pictures);
+  return run(application, line, pictures, std::move(scan));
 }

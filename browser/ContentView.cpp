@@ -128,12 +128,21 @@ bool ContentView::handleDrop(const QList<QUrl>& urls) {
   return true;
 }
 
+FileUrl ContentView::scannedFolder(const FileUrl& url) {
+  return isRegularFile(url) ? url.parent() : url;
+}
+
 void ContentView::openPath(const FileUrl& url) {
-  const std::optional<std::int64_t> index = isDirectory(url) ? std::nullopt : m_library.openFolderOf(url);
-  if (!index) {
-    m_library.openFolder(url);
-  } else {
+  openPath(url, {photoItems(scannedFolder(url)), {}});
+}
+
+void ContentView::openPath(const FileUrl& url, FolderScan scan) {
+  if (!isRegularFile(url)) {
+    m_library.openFolder(url, std::move(scan));
+  } else if (const auto index = m_library.openFolderOf(url, std::move(scan))) {
     handleTileClick(*index, Qt::NoModifier);
+  } else {
+    m_library.openFolder(url);
   }
 }
 

@@ -99,8 +99,10 @@ class ContentView : public QObject {
   Q_INVOKABLE bool handleDrop(const QList<QUrl>& urls);
   void handleOpenRecent(const std::optional<FileUrl>& folder);
   // Opens a folder as a grid, a picture in its folder as if its tile had been clicked; what is neither gives the
-  // library's own error.
+  // library's own error. `scan` is of the folder that scannedFolder() names.
+  void openPath(const FileUrl& url, FolderScan scan);
   void openPath(const FileUrl& url);
+  [[nodiscard]] static FileUrl scannedFolder(const FileUrl& url);
 
   [[nodiscard]] GridMetrics gridMetrics(QSizeF stage) const { return GridMetrics::fitting(stage, m_gridDimension); }
   Q_INVOKABLE void setGridDimension(qint64 wanted);

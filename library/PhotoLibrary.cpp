@@ -37,8 +37,17 @@ void PhotoLibrary::chooseFolder() {
 void PhotoLibrary::openFolder(const FileUrl& url) {
   clearSelection();
   updateSecurityScopedAccess(url);
-  auto scan = photoItems(url);
-  if (const auto* error = std::get_if<ListingError>(&scan)) {
+  replaceFolder(url, {photoItems(url), {}});
+}
+
+void PhotoLibrary::openFolder(const FileUrl& url, FolderScan scan) {
+  clearSelection();
+  updateSecurityScopedAccess(url);
+  replaceFolder(url, std::move(scan));
+}
+
+void PhotoLibrary::replaceFolder(const FileUrl& url, FolderScan scan) {
+  if (const auto* error = std::get_if<ListingError>(&scan.listing)) {
     releaseSecurityScopedAccess();
     setFolderURL(std::nullopt);
     setPhotos({});
@@ -47,8 +56,7 @@ void PhotoLibrary::openFolder(const FileUrl& url) {
     setStatus(QStringLiteral("Could not open folder: %1").arg(error->description), true);
     return;
   }
-  auto& photos = std::get<std::vector<PhotoItem>>(scan);
-  if (photos.empty()) {
+  if (std::get<std::vector<PhotoItem>>(scan.listing).empty()) {
     setFolderURL(url);
     setPhotos({});
     setCurrentIndex(-1);
@@ -56,31 +64,34 @@ void PhotoLibrary::openFolder(const FileUrl& url) {
     setStatus(QStringLiteral("No supported image files were found in this folder."), true);
     return;
   }
-  adoptFolder(url, std::move(photos), 0);
+  adoptFolder(url, std::move(scan), 0);
   const QString plural = m_photos.size() == 1 ? QString() : QStringLiteral("s");
   // One call of arg() with all texts: a "%1" in a folder's name stays what it is.
   loadCurrentImage(
       QStringLiteral("Loaded %1 photo%2 from \"%3\".").arg(QString::number(photoCount()), plural, url.displayName()));
 }
 
-std::optional<std::int64_t> PhotoLibrary::openFolderOf(const FileUrl& picture) {
+std::optional<std::int64_t> PhotoLibrary::openFolderOf(const FileUrl& picture, FolderScan scan) {
   const FileUrl folder = picture.parent();
-  auto scan = photoItems(folder);
-  auto* photos = std::get_if<std::vector<PhotoItem>>(&scan);
+  const auto* photos = std::get_if<std::vector<PhotoItem>>(&scan.listing);
   if (!photos) return std::nullopt;
   const auto found = std::find(photos->begin(), photos->end(), PhotoItem{picture});
   if (found == photos->end()) return std::nullopt;
   clearSelection();
   updateSecurityScopedAccess(folder);
-  adoptFolder(folder, std::move(*photos), found - photos->begin());
+  adoptFolder(folder, std::move(scan), found - photos->begin());
   return m_currentIndex;
 }
 
-void PhotoLibrary::adoptFolder(const FileUrl& url, std::vector<PhotoItem> photos, std::int64_t current) {
+void PhotoLibrary::adoptFolder(const FileUrl& url, FolderScan scan, std::int64_t current) {
   setFolderURL(url);
-  setPhotos(std::move(photos));
+  setPhotos(std::move(std::get<std::vector<PhotoItem>>(scan.listing)));
   setCurrentIndex(current);
-  applySortOrder();
+  if (m_sortOrder == SortOrder::nameAscending && !scan.byName.empty()) {
+    sortPhotos(scan.byName);
+  } else {
+    applySortOrder();
+  }
 }
 
 void PhotoLibrary::updateSecurityScopedAccess(const FileUrl& url) {

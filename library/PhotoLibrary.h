@@ -10,6 +10,7 @@
 
 #include "FileUrl.h"
 #include "PhotoItem.h"
+#include "PhotoScan.h"
 #include "SortOrder.h"
 
 namespace lumagrid {
@@ -68,9 +69,11 @@ class PhotoLibrary : public QObject {
   // Replaces folder, list, current photo, picture, selection and status. The first photo that the listing returned
   // becomes current.
   void openFolder(const FileUrl& url);
-  // Opens the folder of `picture` with that picture current and loads nothing yet: the index to open next. Nothing, and
-  // no change, when the folder does not list it.
-  [[nodiscard]] std::optional<std::int64_t> openFolderOf(const FileUrl& picture);
+  // The same, with a scan of the folder that was made just before.
+  void openFolder(const FileUrl& url, FolderScan scan);
+  // Opens the folder of `picture`, as scanned, with that picture current and loads nothing yet: the index to open next.
+  // Nothing, and no change, when the folder does not list it.
+  [[nodiscard]] std::optional<std::int64_t> openFolderOf(const FileUrl& picture, FolderScan scan);
   // Out of range: ignored.
   void openPhoto(std::int64_t index);
   Q_INVOKABLE void showPrevious();
@@ -100,12 +103,14 @@ class PhotoLibrary : public QObject {
   void statusIsErrorChanged();
 
  private:
-  void adoptFolder(const FileUrl& url, std::vector<PhotoItem> photos, std::int64_t current);
+  void replaceFolder(const FileUrl& url, FolderScan scan);
+  void adoptFolder(const FileUrl& url, FolderScan scan, std::int64_t current);
   void updateSecurityScopedAccess(const FileUrl& url);
   void releaseSecurityScopedAccess();
   void adviseNeighbours();
   void loadCurrentImage(const std::optional<QString>& statusOverride);
   void applySortOrder();
+  void sortPhotos(const std::vector<std::uint32_t>& positions);
 
   void setFolderURL(std::optional<FileUrl> url);
   void setPhotos(std::vector<PhotoItem> photos);

@@ -11,12 +11,16 @@ void PhotoLibrary::setSortOrder(SortOrder order) {
 }
 
 void PhotoLibrary::applySortOrder() {
+  sortPhotos(sortedPositions(m_photos, m_sortOrder));
+}
+
+void PhotoLibrary::sortPhotos(const std::vector<std::uint32_t>& positions) {
   const QByteArray currentPath = currentPhoto() ? currentPhoto()->id() : QByteArray();
 
   std::vector<PhotoItem> sorted;
   sorted.reserve(m_photos.size());
   // Copies share their bytes. The list stays whole: observers read it until the assignment.
-  for (const std::uint32_t position : sortedPositions(m_photos, m_sortOrder)) sorted.push_back(m_photos[position]);
+  for (const std::uint32_t position : positions) sorted.push_back(m_photos[position]);
   Q_EMIT objectWillChange();
   m_photos = std::move(sorted);
   Q_EMIT photosReordered();

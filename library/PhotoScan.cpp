@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
 #include <numeric>
+#include <thread>
 
 #include "NameCollator.h"
 
@@ -29,6 +31,22 @@ struct NameKey {
   QByteArray bytes;
 };
 
+// Fills `values[i]` from `photos[i]`; `makeValue()` gives each thread its own function of a photo.
+template <typename Value, typename MakeValue>
+void fillInParallel(std::vector<Value>& values, const std::vector<PhotoItem>& photos, const MakeValue& makeValue) {
+  constexpr std::size_t kLeastPerThread = 4096;  // below, starting a thread costs more than it saves
+  const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
+  const std::size_t share = std::max(kLeastPerThread, (photos.size() + cores - 1) / cores);
+  const auto fill = [&](std::size_t begin) {
+    auto value = makeValue();
+    for (std::size_t i = begin; i < std::min(begin + share, photos.size()); ++i) values[i] = value(photos[i]);
+  };
+  std::vector<std::thread> threads;
+  for (std::size_t begin = share; begin < photos.size(); begin += share) threads.emplace_back(fill, begin);
+  fill(0);
+  for (std::thread& thread : threads) thread.join();
+}
+
 NameKey nameKey(const NameCollator& collator, const PhotoItem& photo) {
   NameKey key{0, collator.sortKey(photo.url.lastPathComponent())};
   unsigned char head[sizeof key.prefix] = {};
@@ -45,14 +63,12 @@ bool isBefore(const NameKey& left, const NameKey& right) {
 }  // namespace
 
 std::variant<std::vector<PhotoItem>, ListingError> photoItems(const FileUrl& folder) {
-  auto listing = contentsOfDirectory(folder, hasSupportedExtension);
-  if (auto* error = std::get_if<ListingError>(&listing)) return std::move(*error);
-  const auto& entries = std::get<std::vector<FolderEntry>>(listing);
   std::vector<PhotoItem> photos;
-  photos.reserve(entries.size());
-  for (const FolderEntry& entry : entries) {
-    if (entry.isRegularFile) photos.push_back({FileUrl::child(folder, entry.name)});
-  }
+  auto error = visitDirectory(folder, hasSupportedExtension, [&](QByteArrayView name, bool isRegularFile) {
+    if (isRegularFile) photos.push_back({FileUrl::child(folder, name)});
+    return Visit::goOn;
+  });
+  if (error) return *std::move(error);
   return photos;
 }
 
@@ -68,19 +84,19 @@ std::vector<std::uint32_t> sortedPositions(const std::vector<PhotoItem>& photos,
                      [&](std::uint32_t left, std::uint32_t right) { return before(keys[left], keys[right]); });
   };
   if (order == SortOrder::nameAscending || order == SortOrder::nameDescending) {
-    const NameCollator collator;
-    std::vector<NameKey> keys;
-    keys.reserve(photos.size());
-    for (const PhotoItem& photo : photos) keys.push_back(nameKey(collator, photo));
+    std::vector<NameKey> keys(photos.size());
+    fillInParallel(keys, photos, [] {
+      return
+          [collator = std::make_unique<NameCollator>()](const PhotoItem& photo) { return nameKey(*collator, photo); };
+    });
     if (order == SortOrder::nameAscending) {
       sortBy(keys, isBefore);
     } else {
       sortBy(keys, [](const NameKey& left, const NameKey& right) { return isBefore(right, left); });
     }
   } else {
-    std::vector<std::int64_t> dates;
-    dates.reserve(photos.size());
-    for (const PhotoItem& photo : photos) dates.push_back(modDate(photo.url));
+    std::vector<std::int64_t> dates(photos.size());
+    fillInParallel(dates, photos, [] { return [](const PhotoItem& photo) { return modDate(photo.url); }; });
     if (order == SortOrder::dateNewest) {
       sortBy(dates, std::greater<>());
     } else {

@@ -40,7 +40,7 @@ ListingError lastError() {
 }
 
 // Nothing when the entry cannot be read; errno then says why.
-std::optional<bool> isRegularFile(int folder, const dirent64& entry) {
+std::optional<bool> isRegularEntry(int folder, const dirent64& entry) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_REG;
   struct stat status = {};  // some file systems do not tell the type in the listing
   if (::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
@@ -49,25 +49,24 @@ std::optional<bool> isRegularFile(int folder, const dirent64& entry) {
 
 }  // namespace
 
-std::variant<std::vector<FolderEntry>, ListingError> contentsOfDirectory(const FileUrl& folder,
-                                                                         bool (*wanted)(QByteArrayView name)) {
+std::optional<ListingError> visitDirectory(const FileUrl& folder, bool (*wanted)(QByteArrayView name),
+                                           const std::function<Visit(QByteArrayView name, bool isRegularFile)>& visit) {
   const OpenFolder opened(folder.path());
   if (opened.descriptor() < 0) return lastError();
 
-  std::vector<FolderEntry> entries;
   alignas(dirent64) std::array<char, kBufferBytes> buffer;
   for (;;) {
     const auto bytes = ::getdents64(opened.descriptor(), buffer.data(), buffer.size());
     if (bytes < 0) return lastError();
-    if (bytes == 0) return entries;
+    if (bytes == 0) return std::nullopt;
     for (auto offset = decltype(bytes){0}; offset < bytes;) {
       const auto& entry = *reinterpret_cast<const dirent64*>(buffer.data() + offset);
       offset += entry.d_reclen;
       const QByteArrayView name(entry.d_name);
       if (name.startsWith('.') || !wanted(name)) continue;
-      const std::optional<bool> regular = isRegularFile(opened.descriptor(), entry);
+      const std::optional<bool> regular = isRegularEntry(opened.descriptor(), entry);
       if (!regular) return lastError();
-      entries.push_back({name.toByteArray(), *regular});
+      if (visit(name, *regular) == Visit::stop) return std::nullopt;
     }
   }
 }
@@ -88,6 +87,11 @@ std::int64_t contentModificationDate(const FileUrl& file) {
 bool isDirectory(const FileUrl& file) {
   struct stat status = {};
   return ::stat(file.path().constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool isRegularFile(const FileUrl& file) {
+  struct stat status = {};
+  return ::lstat(file.path().constData(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 }  // namespace lumagrid

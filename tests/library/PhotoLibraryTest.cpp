@@ -236,11 +236,11 @@ void PhotoLibraryTest::equalDatesKeepTheOrderOfTheList() {
 
 void PhotoLibraryTest::opensTheFolderOfAPicture() {
   const PhotoFolder folder(numberedNames(3) + QStringList{QStringLiteral("README")});
-  QCOMPARE(m_library->openFolderOf(folder.url(QStringLiteral("README"))), std::nullopt);
-  QCOMPARE(m_library->openFolderOf(folder.url(QStringLiteral("7.jpg"))), std::nullopt);
+  QCOMPARE(m_library->openFolderOf(folder.url(QStringLiteral("README")), {photoItems(folder.url()), {}}), std::nullopt);
+  QCOMPARE(m_library->openFolderOf(folder.url(QStringLiteral("7.jpg")), {photoItems(folder.url()), {}}), std::nullopt);
   QVERIFY(!m_library->folderURL());
   QVERIFY(m_platform.access.log.isEmpty());
-  QCOMPARE(m_library->openFolderOf(folder.url(QStringLiteral("2.jpg"))), 2);
+  QCOMPARE(m_library->openFolderOf(folder.url(QStringLiteral("2.jpg")), {photoItems(folder.url()), {}}), 2);
   QCOMPARE(m_library->folderURL(), folder.url());
   QCOMPARE(m_library->currentIndex(), 2);
   QVERIFY(m_platform.decoder.decoded.isEmpty());

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <variant>
+#include <vector>
 
 #include "TemporaryHome.h"
 
@@ -18,6 +20,22 @@ bool isJpeg(QByteArrayView name) {
 }
 bool isAnything(QByteArrayView) {
   return true;
+}
+
+struct FolderEntry {
+  QByteArray name;
+  bool isRegularFile;
+};
+
+std::variant<std::vector<FolderEntry>, ListingError> contentsOfDirectory(const FileUrl& folder,
+                                                                         bool (*wanted)(QByteArrayView name)) {
+  std::vector<FolderEntry> entries;
+  auto error = visitDirectory(folder, wanted, [&](QByteArrayView name, bool isRegularFile) {
+    entries.push_back({name.toByteArray(), isRegularFile});
+    return Visit::goOn;
+  });
+  if (error) return *error;
+  return entries;
 }
 
 }  // namespace
