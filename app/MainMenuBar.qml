@@ -1,6 +1,5 @@
 import QtQuick
 import Lumagrid.App
-import Lumagrid.Browser
 
 // The window's menus: the application's own and "File", which has entries once a folder was opened.
 Row {

@@ -1,5 +1,4 @@
 import QtQuick
-import Lumagrid.App
 import Lumagrid.Style
 
 // A title in the menu bar.

@@ -29,7 +29,7 @@ Window {
     }
 
     Shortcut {
-        sequences: [StandardKey.Quit]
+        sequences: ["Ctrl+Q"]
         onActivated: Qt.quit()
     }
 }

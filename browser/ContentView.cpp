@@ -47,9 +47,10 @@ void ContentView::observeLibrary() {
   // After the error flag, the last of a status to be assigned.
   connect(&m_library, &PhotoLibrary::statusIsErrorChanged, this, [this] {
     m_gridStatus = m_library.statusMessage();
+    Q_EMIT statusChanged();
     Q_EMIT gridStatusChanged();
   });
-  connect(&m_library, &PhotoLibrary::currentImageChanged, this, &ContentView::hasImageChanged);
+  connect(&m_library, &PhotoLibrary::currentImageChanged, this, &ContentView::currentImageChanged);
   connect(&m_library, &PhotoLibrary::currentIndexChanged, this, [this] {
     m_currentIndexObserver.notice();
     Q_EMIT currentPhotoChanged();

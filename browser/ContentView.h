@@ -30,16 +30,18 @@ class ContentView : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by the application, one per window")
-  Q_PROPERTY(lumagrid::PhotoLibrary* library READ library CONSTANT)
   Q_PROPERTY(bool showsGrid READ showsGrid NOTIFY browserModeChanged)
-  Q_PROPERTY(qint64 gridDimension READ gridDimension NOTIFY gridDimensionChanged)
+  Q_PROPERTY(int gridDimension READ gridDimension NOTIFY gridDimensionChanged)
   Q_PROPERTY(QList<int> gridPresets READ gridPresets CONSTANT)
   Q_PROPERTY(double zoomScale READ zoomScale NOTIFY zoomChanged)
   Q_PROPERTY(QPointF displacement READ displacement NOTIFY zoomChanged)
   Q_PROPERTY(QSizeF dragOffset READ dragOffset NOTIFY zoomChanged)
-  Q_PROPERTY(qint64 photoCount READ photoCount NOTIFY photoCountChanged)
-  Q_PROPERTY(qint64 selectedCount READ selectedCount NOTIFY selectedCountChanged)
-  Q_PROPERTY(bool hasImage READ hasImage NOTIFY hasImageChanged)
+  Q_PROPERTY(int photoCount READ photoCount NOTIFY photoCountChanged)
+  Q_PROPERTY(int selectedCount READ selectedCount NOTIFY selectedCountChanged)
+  Q_PROPERTY(QImage currentImage READ currentImage NOTIFY currentImageChanged)
+  Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusChanged)
+  Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusChanged)
+  Q_PROPERTY(bool hasImage READ hasImage NOTIFY currentImageChanged)
   // A status that the grid has yet to show; empty when there is none.
   Q_PROPERTY(QString gridStatus READ gridStatus NOTIFY gridStatusChanged)
   Q_PROPERTY(QString currentName READ currentName NOTIFY currentPhotoChanged)
@@ -83,6 +85,9 @@ class ContentView : public QObject {
   [[nodiscard]] QPointF displacement() const {
     return {m_zoom.offset.width() + m_dragOffset.width(), m_zoom.offset.height() + m_dragOffset.height()};
   }
+  [[nodiscard]] const QImage& currentImage() const { return m_library.currentImage(); }
+  [[nodiscard]] const QString& statusMessage() const { return m_library.statusMessage(); }
+  [[nodiscard]] bool statusIsError() const { return m_library.statusIsError(); }
   [[nodiscard]] bool hasImage() const { return !m_library.currentImage().isNull(); }
   [[nodiscard]] const QString& gridStatus() const { return m_gridStatus; }
   [[nodiscard]] QString currentName() const;
@@ -117,6 +122,9 @@ class ContentView : public QObject {
   Q_INVOKABLE void openSortMenu(QWindow* window, QPointF position);
   Q_INVOKABLE void deleteSelectedWithConfirmation();
   Q_INVOKABLE void deleteCurrentPhoto();
+  Q_INVOKABLE void clearSelection() { m_library.clearSelection(); }
+  Q_INVOKABLE void showPrevious() { m_library.showPrevious(); }
+  Q_INVOKABLE void showNext() { m_library.showNext(); }
 
   Q_INVOKABLE void handleDetailMagnification(double magnification);
   Q_INVOKABLE void endDetailMagnification();
@@ -133,7 +141,8 @@ class ContentView : public QObject {
   void zoomWillChange(lumagrid::ContentView::ZoomAnimation animation);
   void zoomChanged();
   void photoCountChanged();
-  void hasImageChanged();
+  void currentImageChanged();
+  void statusChanged();
   void gridStatusChanged();
   void selectedCountChanged();
   void currentPhotoChanged();

@@ -8,7 +8,7 @@ ContinuousRectangle {
     id: root
 
     required property ContentView view
-    readonly property bool isError: view.library.statusIsError
+    readonly property bool isError: view.statusIsError
 
     implicitWidth: label.implicitWidth + 32
     implicitHeight: label.height + 20

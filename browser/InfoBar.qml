@@ -42,9 +42,9 @@ ContinuousRectangle {
 
             SingleLineText {
                 width: parent.width
-                content: root.view.library.statusMessage
+                content: root.view.statusMessage
                 font: Fonts.system(13, Font.Medium)
-                color: root.view.library.statusIsError ? WindowPalette.danger : WindowPalette.muted
+                color: root.view.statusIsError ? WindowPalette.danger : WindowPalette.muted
                 elide: Text.ElideRight
             }
         }

@@ -65,7 +65,7 @@ ChromeBar {
             text: "Clear"
             backgroundColor: WindowPalette.withOpacity(WindowPalette.windowBackground, 0.92)
             foregroundColor: WindowPalette.text
-            onClicked: root.view.library.clearSelection()
+            onClicked: root.view.clearSelection()
         }
 
         ChromeButtonStyle {

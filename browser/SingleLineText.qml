@@ -1,3 +1,6 @@
+// Components for a Loader cannot be bound in Qt 6.4, and without that the linter knows no ids of the file inside them.
+// qmllint disable unqualified
+
 import QtQuick
 import Lumagrid.Style
 
@@ -8,12 +11,20 @@ Text {
 
     required property string content
 
+    height: Math.ceil(metrics.height) // as tall for every script that the name is written in
+    verticalAlignment: Text.AlignVCenter
     text: root.content.replace(/[\u0000-\u001f\u007f-\u009f\u2028\u2029]/g, " ")
     textFormat: Text.PlainText
     maximumLineCount: 1
     wrapMode: Text.NoWrap
     Accessible.role: Accessible.StaticText
     Accessible.name: root.text
+
+    FontMetrics {
+        id: metrics
+
+        font: root.font
+    }
 
     HoverHandler {
         id: hover

@@ -29,10 +29,6 @@ class Trash;
 // Failures are reported on the status line only.
 class PhotoLibrary : public QObject {
   Q_OBJECT
-  Q_PROPERTY(qint64 currentIndex READ currentIndex NOTIFY currentIndexChanged)
-  Q_PROPERTY(QImage currentImage READ currentImage NOTIFY currentImageChanged)
-  Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusMessageChanged)
-  Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusIsErrorChanged)
 
  public:
   // What the library calls on; each outlives it.
@@ -76,13 +72,13 @@ class PhotoLibrary : public QObject {
   [[nodiscard]] std::optional<std::int64_t> openFolderOf(const FileUrl& picture, FolderScan scan);
   // Out of range: ignored.
   void openPhoto(std::int64_t index);
-  Q_INVOKABLE void showPrevious();
-  Q_INVOKABLE void showNext();
+  void showPrevious();
+  void showNext();
 
   void toggleSelection(std::int64_t index);
   // Adds every index between the anchor (or the current photo) and `index`, both included.
   void extendSelection(std::int64_t index);
-  Q_INVOKABLE void clearSelection();
+  void clearSelection();
 
   // Asks first, then moves the current photo to the Trash; the photo that followed it becomes current.
   void deleteCurrentPhoto();
