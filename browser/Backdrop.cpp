@@ -90,7 +90,7 @@ QImage backdropImage(QSizeF size, double devicePixelRatio, ColorScheme colorSche
     teal.blend(row, part.left() + 0.5, centerY);
     uchar* pixel = image.scanLine(y);
     for (const Rgb& value : row) {
-      for (const float component : value) *pixel++ = static_cast<uchar>(component + 0.5F);
+      for (const float component : value) *pixel++ = static_cast<uchar>(qRound(component));
       *pixel++ = 255;
     }
   }

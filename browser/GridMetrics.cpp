@@ -31,9 +31,10 @@ double GridLayout::contentHeight() const {
 QRectF GridLayout::tileRect(std::int64_t index) const {
   const double gridWidth = static_cast<double>(columns) * rowPitch() - metrics.spacing;
   const double left = std::floor((viewport.width() - gridWidth) / 2);
-  return {left + static_cast<double>(index % columns) * rowPitch(),
-          metrics.padding.top() + static_cast<double>(index / columns) * rowPitch(), metrics.cellSide,
-          metrics.cellSide};
+  const std::int64_t row = index / columns;
+  const std::int64_t column = index % columns;
+  return {left + static_cast<double>(column) * rowPitch(),
+          metrics.padding.top() + static_cast<double>(row) * rowPitch(), metrics.cellSide, metrics.cellSide};
 }
 
 std::pair<std::int64_t, std::int64_t> GridLayout::visibleIndices(double contentY) const {

@@ -20,9 +20,10 @@ struct CardColors {
 };
 
 CardColors cardColors(bool isDark) {
-  if (isDark)
+  if (isDark) {
     return {QColor::fromRgbF(44 / 255.F, 40 / 255.F, 36 / 255.F, 0.92F),
             QColor::fromRgbF(35 / 255.F, 31 / 255.F, 27 / 255.F, 0.98F)};
+  }
   return {QColor::fromRgbF(1, 1, 1, 0.86F), QColor::fromRgbF(238 / 255.F, 226 / 255.F, 208 / 255.F, 0.96F)};
 }
 

@@ -9,6 +9,7 @@
 namespace lumagrid {
 
 // The notification that a menu posts to have its folder opened by the windows; its object is the folder.
+// NOLINTNEXTLINE(readability-identifier-naming): the notification's own name
 inline constexpr QLatin1String openRecentFolder("openRecentFolder");
 
 // One-to-many broadcast inside the process. Main thread; observers run inside post().

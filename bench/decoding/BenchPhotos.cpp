@@ -39,7 +39,7 @@ QByteArray madePhoto(int subsampling, int quality) {
   unsigned char* written = nullptr;
   unsigned long size = 0;
   tjCompress2(handle, pixels.data(), kWidth, 0, kHeight, TJPF_RGB, &written, &size, subsampling, quality, 0);
-  const QByteArray bytes(reinterpret_cast<const char*>(written), static_cast<qsizetype>(size));
+  QByteArray bytes(reinterpret_cast<const char*>(written), static_cast<qsizetype>(size));
   tjFree(written);
   tjDestroy(handle);
   return bytes;
@@ -96,6 +96,7 @@ Times timesSoFar() {
 Times median(const std::vector<Times>& times) {
   const auto middleOf = [&times](double Times::*kind) {
     std::vector<double> values;
+    values.reserve(times.size());
     for (const Times& one : times) values.push_back(one.*kind);
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
