@@ -66,9 +66,9 @@ void UiWindow::drag(QPoint from, const QList<QPoint>& way) {
   QTest::mouseRelease(&window, Qt::LeftButton, {}, from + way.last());
 }
 
-void UiWindow::turnWheel(int delta, Qt::KeyboardModifiers modifiers) {
-  QWheelEvent event(middle(), window.mapToGlobal(middle()), {}, {0, delta}, Qt::NoButton, modifiers, Qt::NoScrollPhase,
-                    false);
+void UiWindow::wheel(int pixels, int angle, Qt::KeyboardModifiers modifiers) {
+  QWheelEvent event(middle(), window.mapToGlobal(middle()), {0, pixels}, {0, angle}, Qt::NoButton, modifiers,
+                    Qt::NoScrollPhase, false);
   QCoreApplication::sendEvent(&window, &event);
 }
 

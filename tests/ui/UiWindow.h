@@ -54,7 +54,9 @@ class UiWindow {
   void click(QAnyStringView name, Qt::KeyboardModifiers modifiers = {});
   void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&window, key, modifiers); }
   void drag(QPoint from, const QList<QPoint>& way);
-  void turnWheel(int delta, Qt::KeyboardModifiers modifiers = {});
+  void turnWheel(int delta, Qt::KeyboardModifiers modifiers = {}) { wheel(0, delta, modifiers); }
+  // Scrolls by exact points, at once.
+  void scroll(int points) { wheel(-points, -points, {}); }
   // Two fingers on a touch pad, over the middle of the window; `magnifications` are relative to the start.
   void pinch(const QList<double>& magnifications);
   void beginPinch() { gesture(Qt::BeginNativeGesture, 0); }
@@ -68,16 +70,17 @@ class UiWindow {
   [[nodiscard]] QImage grab() { return window.grabWindow().convertToFormat(QImage::Format_RGB32); }
 
  private:
+  void wheel(int pixels, int angle, Qt::KeyboardModifiers modifiers);
   void gesture(Qt::NativeGestureType type, double value);
 
   double m_magnification = 1;
 };
 
-// A folder of small pictures under these names.
+// A folder of small pictures under these names, dark cyan all over.
 class Photos : public PhotoFolder {
  public:
-  explicit Photos(const QStringList& names, Qt::GlobalColor color = Qt::darkCyan) {
-    const QByteArray photo = samplePhoto({20, 20}, color);
+  explicit Photos(const QStringList& names) {
+    const QByteArray photo = samplePhoto({20, 20});
     for (const QString& name : names) (void)add(name, photo);
   }
   explicit Photos(int count) : Photos(numberedNames(count)) {}
