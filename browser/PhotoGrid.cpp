@@ -78,12 +78,13 @@ void PhotoGrid::updatePolish() {
 void PhotoGrid::updateLayout() {
   const GridLayout layout{m_view->gridMetrics(m_viewport), m_view->gridDimension(), m_view->photoCount(), m_viewport};
   const GridLayout old = std::exchange(m_layout, layout);
+  const double contentY = m_contentY;  // a lower content can move it
   if (m_layout.contentHeight() != old.contentHeight()) Q_EMIT contentHeightChanged();
   if (std::exchange(m_showsOtherList, false) || !m_hasAppeared) {
     if (m_hasAppeared) requestScroll(0, Scrolling::Immediate);
   } else if (!(layout.metrics == old.metrics) || layout.columns != old.columns) {
     // The row in the middle of the viewport stays there, however many columns it now has.
-    const double middle = (m_contentY + old.viewport.height() / 2 - old.metrics.padding.top()) / old.rowPitch();
+    const double middle = (contentY + old.viewport.height() / 2 - old.metrics.padding.top()) / old.rowPitch();
     const double middleNow = middle * static_cast<double>(old.columns) / static_cast<double>(layout.columns);
     requestScroll(layout.metrics.padding.top() + middleNow * layout.rowPitch() - layout.viewport.height() / 2,
                   Scrolling::Immediate);
