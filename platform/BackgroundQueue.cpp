@@ -32,6 +32,7 @@ struct Place {
   std::uint64_t turnsFromNewest = 0;
   std::uint64_t sequence = 0;
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the check takes what the compiler makes for a null pointer
   friend auto operator<=>(const Place&, const Place&) = default;
 };
 

@@ -172,8 +172,9 @@ class HeaderReader {
       const int tables = byteAt(segment, 2 + 2 * index);
       component.dcTable = tables >> 4;
       component.acTable = tables & 15;
-      if (byteAt(segment, 1 + 2 * index) != component.id || component.dcTable > 3 || component.acTable > 3)
+      if (byteAt(segment, 1 + 2 * index) != component.id || component.dcTable > 3 || component.acTable > 3) {
         return false;
+      }
       component.quantization = m_quantization[m_quantizationOf[static_cast<size_t>(index)]];
       if (component.quantization[0] == 0 || !m_jpeg.dcCodes[static_cast<size_t>(component.dcTable)].isDefined ||
           !m_jpeg.acCodes[static_cast<size_t>(component.acTable)].isDefined) {

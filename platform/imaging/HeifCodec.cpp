@@ -89,8 +89,9 @@ QImage::Format formatOf(const heif_image_handle* handle, bool isDeep) {
 DecodedImage decodeHeif(const CodecRequest& request) {
   const Context context(heif_context_alloc(), &heif_context_free);
   if (!context) return {{}, ImageError::tooLarge};
+  const qsizetype mostPixels = pictureByteLimit() / 4;
   heif_context_set_maximum_image_size_limit(context.get(),
-                                            static_cast<int>(std::sqrt(static_cast<double>(pictureByteLimit() / 4))));
+                                            static_cast<int>(std::sqrt(static_cast<double>(mostPixels))));
   heif_error error = heif_context_read_from_memory_without_copy(context.get(), request.bytes.data(),
                                                                 static_cast<size_t>(request.bytes.size()), nullptr);
   if (!succeeded(error)) return {{}, kindOf(error)};

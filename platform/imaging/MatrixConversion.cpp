@@ -57,8 +57,9 @@ std::optional<Matrix> toLinearSrgb(cmsHPROFILE profile) {
   Matrix product{};
   for (size_t row = 0; row < 3; ++row) {
     for (size_t column = 0; column < 3; ++column) {
-      for (size_t index = 0; index < 3; ++index)
+      for (size_t index = 0; index < 3; ++index) {
         product[row][column] += (*inverse)[row][index] * (*source)[index][column];
+      }
     }
   }
   return product;

@@ -52,7 +52,8 @@ DecodedImage finished(RawPicture picture, std::int64_t bound) {
   if (isPlain && metadata.iccProfile.isEmpty() && pixels.format() == QImage::Format_RGBA8888_Premultiplied) {
     pixels = scaledTo(std::move(pixels), target);
   } else {
-    if (isPlain) pixels = std::move(pixels).convertToFormat(workFormat(pixels));
+    const QImage::Format format = workFormat(pixels);
+    if (isPlain) pixels = std::move(pixels).convertToFormat(format);
     const bool isScalableFirst = isPlain && pixels.format() == QImage::Format_RGBX8888;
     if (isScalableFirst) pixels = scaledTo(std::move(pixels), target);
     toSrgb();

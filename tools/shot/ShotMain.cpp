@@ -19,8 +19,9 @@ using namespace lumagrid;
 
 namespace {
 
-constexpr int kQuietMs = 400;     // without a frame or a load, after which the picture counts as settled
-constexpr int kLimitMs = 60'000;  // a spinner that never ends never settles
+constexpr int kQuietMs = 400;      // without a frame or a load, after which the picture counts as settled
+constexpr int kSpinningMs = 2000;  // without a load, after which it does although a spinner goes on
+constexpr int kLimitMs = 60'000;
 
 // Leaves the user's recent folders alone.
 class NoPreferences final : public Preferences {
@@ -119,17 +120,25 @@ int main(int argc, char* argv[]) {
     if (!saved) std::fprintf(stderr, "lumagrid-shot: cannot write %s\n", qPrintable(request->output));
     QApplication::exit(saved ? EXIT_SUCCESS : EXIT_FAILURE);
   };
+  QTimer spinning;
+  spinning.setSingleShot(true);
+  spinning.setInterval(kSpinningMs);
   bool isZoomed = request->zoom <= 1;
-  QObject::connect(&quiet, &QTimer::timeout, &application, [&] {
+  const auto settled = [&] {
     if (app.thumbnailQueue().pendingCount() > 0) {
       quiet.start();
+      spinning.start();
     } else if (!std::exchange(isZoomed, true)) {
       view.handleDetailMagnification(request->zoom);
       quiet.start();
+      spinning.start();
     } else {
       save();
     }
-  });
+  };
+  QObject::connect(&quiet, &QTimer::timeout, &application, settled);
+  QObject::connect(&spinning, &QTimer::timeout, &application, settled);
+  spinning.start();
   QTimer::singleShot(kLimitMs, &application, save);
   window->show();
   return QApplication::exec();
