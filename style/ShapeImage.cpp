@@ -50,8 +50,9 @@ std::vector<float> blurredAndTransposed(const std::vector<float>& source, int wi
     const float* row = source.data() + std::size_t(y) * width;
     for (int x = 0; x < width; ++x) {
       float sum = 0;
-      for (int i = std::max(-reach, -x); i <= std::min(reach, width - 1 - x); ++i)
+      for (int i = std::max(-reach, -x); i <= std::min(reach, width - 1 - x); ++i) {
         sum += row[x + i] * kernel[std::abs(i)];
+      }
       result[std::size_t(x) * height + y] = sum;
     }
   }
