@@ -46,7 +46,8 @@ std::vector<MenuEntry> AppMenus::applicationMenu() {
   about.action = [this] {
     (void)m_alert.runModal({QStringLiteral("Lumagrid %1").arg(QCoreApplication::applicationVersion()),
                             QStringLiteral("A photo browser: a folder of pictures as a grid."),
-                            {QStringLiteral("Close")}});
+                            {QStringLiteral("Close")},
+                            AlertRequest::Style::information});
   };
   MenuEntry quit;
   quit.title = QStringLiteral("Quit");

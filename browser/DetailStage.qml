@@ -91,7 +91,18 @@ StageShell {
         }
     }
 
+    // What a disabled button lets through is not meant for the photo.
+    MouseArea {
+        anchors.fill: previous
+    }
+
+    MouseArea {
+        anchors.fill: nextAndTrash
+    }
+
     SideIconButtonStyle {
+        id: previous
+
         anchors.left: parent.left
         anchors.leftMargin: 22
         anchors.verticalCenter: parent.verticalCenter
@@ -104,6 +115,8 @@ StageShell {
     }
 
     Column {
+        id: nextAndTrash
+
         anchors.right: parent.right
         anchors.rightMargin: 22
         anchors.verticalCenter: parent.verticalCenter

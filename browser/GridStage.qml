@@ -50,6 +50,7 @@ StageShell {
             pixelAligned: true
 
             WheelHandler {
+                acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
                 acceptedModifiers: Qt.NoModifier
                 onWheel: event => photoGrid.scrollByWheel(event.pixelDelta, event.angleDelta)
             }

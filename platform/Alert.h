@@ -5,12 +5,15 @@
 
 namespace lumagrid {
 
-// A modal warning: plain texts and buttons in order. The first button has the Return key; a button titled "Cancel" has
+// A modal alert: plain texts and buttons in order. The first button has the Return key; a button titled "Cancel" has
 // the Esc key, and closing the alert presses it.
 struct AlertRequest {
+  enum class Style { warning, information };
+
   QString messageText;
   QString informativeText;
   QStringList buttons;
+  Style style = Style::warning;
 };
 
 // Main thread; runs a nested event loop until it is answered.

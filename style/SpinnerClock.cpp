@@ -33,9 +33,10 @@ SpinnerClock* SpinnerClock::instance() {
 
 bool SpinnerClock::eventFilter(QObject* watched, QEvent* event) {
   // The window has not digested the event yet: look again once it has.
-  if (event->type() == QEvent::Expose)
+  if (event->type() == QEvent::Expose) {
     QMetaObject::invokeMethod(
         this, [this] { review(); }, Qt::QueuedConnection);
+  }
   return QObject::eventFilter(watched, event);
 }
 

@@ -52,7 +52,7 @@ QImage spinnerImage(int step, double side, QRgb color, double devicePixelRatio) 
   const int spoke = (step % kSpinnerSteps + kSpinnerSteps) % kSpinnerSteps;
   const Key key{spoke, std::max(1, int(std::lround(side * devicePixelRatio))), color | 0xff000000};
   if (const auto found = cache.object(key)) return *found;
-  const QImage image = draw(key);
+  QImage image = draw(key);
   cache.setObject(key, image, std::size_t(image.sizeInBytes()));
   return image;
 }

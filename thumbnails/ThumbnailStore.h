@@ -4,6 +4,7 @@
 
 #include "FileUrl.h"
 
+// NOLINTNEXTLINE(readability-identifier-naming): a service without state of its own, named like a type
 namespace lumagrid::ThumbnailStore {
 
 // The picture in `file`, its longer side bounded by `maxPixelSize` pixels (finite, >= 1; its fraction is cut off), from

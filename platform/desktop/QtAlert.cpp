@@ -23,7 +23,7 @@ QString withoutMnemonics(QString title) {
 int QtAlert::runModal(const AlertRequest& request) {
   m_palette.apply();
   QMessageBox box;
-  box.setIcon(QMessageBox::Warning);
+  box.setIcon(request.style == AlertRequest::Style::warning ? QMessageBox::Warning : QMessageBox::Information);
   box.setText(request.messageText);
   box.setInformativeText(request.informativeText);
   // The box's own text format does not reach the informative text.

@@ -198,8 +198,9 @@ void PhotoThumbnailTileTest::looks() {
   const auto whites = [&image](const QRect& rect) {
     int count = 0;
     for (int y = rect.top(); y <= rect.bottom(); ++y) {
-      for (int x = rect.left(); x <= rect.right(); ++x)
+      for (int x = rect.left(); x <= rect.right(); ++x) {
         count += image.pixelColor(x, y) == QColor(199, 199, 199) ? 0 : 1;
+      }
     }
     return count;
   };

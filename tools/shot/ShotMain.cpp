@@ -42,7 +42,7 @@ struct Request {
   ColorScheme colorScheme = ColorScheme::light;
 };
 
-std::optional<Request> parse(const QApplication& application) {
+std::optional<Request> parse(const QApplication& application, int argc, char* argv[]) {
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("Saves a picture of the window."));
   parser.addHelpOption();
@@ -62,8 +62,8 @@ std::optional<Request> parse(const QApplication& application) {
   if (parser.positionalArguments().size() != 2) return std::nullopt;
 
   Request request;
-  // The arguments as bytes: the path's name need not be text.
-  request.path = QFile::encodeName(parser.positionalArguments().at(0));
+  // As bytes, since a name need not be text; the options come first.
+  request.path = argv[argc - 2];
   request.output = parser.positionalArguments().at(1);
   if (const QStringList size = value("size").split(u'x'); size.size() == 2) {
     request.size = {size[0].toInt(), size[1].toInt()};
@@ -88,7 +88,7 @@ void apply(const Request& request, ContentView& view) {
 int main(int argc, char* argv[]) {
   QApplication::setApplicationName(QStringLiteral("lumagrid-shot"));
   QApplication application(argc, argv);
-  const auto request = parse(application);
+  const auto request = parse(application, argc, argv);
   if (!request) {
     std::fputs("lumagrid-shot: a folder or picture, and a picture to write, are needed\n", stderr);
     return 2;

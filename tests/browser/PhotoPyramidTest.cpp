@@ -50,7 +50,7 @@ QImage noise(QSize size) {
 
 }  // namespace
 
-class tst_PhotoPyramid : public QObject {
+class PhotoPyramidTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
@@ -180,5 +180,5 @@ class tst_PhotoPyramid : public QObject {
   }
 };
 
-QTEST_APPLESS_MAIN(tst_PhotoPyramid)
-#include "tst_PhotoPyramid.moc"
+QTEST_APPLESS_MAIN(PhotoPyramidTest)
+#include "PhotoPyramidTest.moc"

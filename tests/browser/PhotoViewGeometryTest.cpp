@@ -4,7 +4,7 @@
 
 using namespace lumagrid;
 
-class tst_PhotoViewGeometry : public QObject {
+class PhotoViewGeometryTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
@@ -138,5 +138,5 @@ class tst_PhotoViewGeometry : public QObject {
   }
 };
 
-QTEST_APPLESS_MAIN(tst_PhotoViewGeometry)
-#include "tst_PhotoViewGeometry.moc"
+QTEST_APPLESS_MAIN(PhotoViewGeometryTest)
+#include "PhotoViewGeometryTest.moc"

@@ -90,7 +90,7 @@ class Stage {
 
 }  // namespace
 
-class tst_PhotoView : public QObject {
+class PhotoViewTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
@@ -296,7 +296,7 @@ int main(int argc, char* argv[]) {
   if (QGuiApplication::platformName() == QLatin1String("offscreen")) {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
   }
-  tst_PhotoView test;
+  PhotoViewTest test;
   return QTest::qExec(&test, argc, argv);
 }
-#include "tst_PhotoView.moc"
+#include "PhotoViewTest.moc"

@@ -16,7 +16,7 @@ const PhotoPlacement kFitted{};
 
 }  // namespace
 
-class tst_PhotoViewMotion : public QObject {
+class PhotoViewMotionTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
@@ -89,5 +89,5 @@ class tst_PhotoViewMotion : public QObject {
   }
 };
 
-QTEST_APPLESS_MAIN(tst_PhotoViewMotion)
-#include "tst_PhotoViewMotion.moc"
+QTEST_APPLESS_MAIN(PhotoViewMotionTest)
+#include "PhotoViewMotionTest.moc"
