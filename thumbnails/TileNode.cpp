@@ -111,8 +111,13 @@ void TileNode::update(QQuickWindow* window, const TileLook& look) {
                     bounds.translated(0, kShadowOffset));
   m_shadow.setOpacity(mix(kShadowOpacity, kCheckedShadowOpacity, look.checked) * (hasPicture ? 1 : kCardOpacity));
 
-  m_card.setShape(window, {.part = Shape::Part::fill, .radius = kRadius, .color = qRgb(255, 255, 255)}, bounds);
-  m_card.setOpacity(kCardOpacity);
+  // An opaque thumbnail hides all of the card.
+  if (hasPicture && !look.isPressed && !look.thumbnail.hasAlphaChannel()) {
+    m_card.clear();
+  } else {
+    m_card.setShape(window, {.part = Shape::Part::fill, .radius = kRadius, .color = qRgb(255, 255, 255)}, bounds);
+    m_card.setOpacity(kCardOpacity);
+  }
 
   updateContent(window, look);
 
