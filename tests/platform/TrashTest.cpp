@@ -7,10 +7,10 @@
 
 #ifdef __SANITIZE_ADDRESS__
 // GIO 2.74 leaks the text of its record when it cannot make the record's file; whole stacks tell those leaks from ours.
-extern "C" const char* __asan_default_options() {
+extern "C" Q_DECL_EXPORT const char* __asan_default_options() {
   return "fast_unwind_on_malloc=0";
 }
-extern "C" const char* __lsan_default_suppressions() {
+extern "C" Q_DECL_EXPORT const char* __lsan_default_suppressions() {
   return "leak:libgio-2.0.so\n";
 }
 #endif
