@@ -158,8 +158,8 @@ BackgroundQueue::Ticket::~Ticket() {
   drop();
 }
 
-bool BackgroundQueue::Ticket::isWaiting() const {
-  return m_job && m_job->owner && m_job->owner->isWaiting(*m_job);
+bool BackgroundQueue::Ticket::isRunning() const {
+  return m_job && m_job->owner && !m_job->owner->isWaiting(*m_job);
 }
 
 void BackgroundQueue::Ticket::drop() {

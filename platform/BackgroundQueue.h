@@ -22,8 +22,8 @@ class BackgroundQueue : public QObject {
     Ticket& operator=(Ticket&& other) noexcept;
     ~Ticket();
 
-    // Whether no thread has taken the work yet.
-    [[nodiscard]] bool isWaiting() const;
+    // Whether a thread has taken the work and its end has not come back yet.
+    [[nodiscard]] bool isRunning() const;
 
    private:
     friend class BackgroundQueue;

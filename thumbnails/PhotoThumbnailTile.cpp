@@ -51,6 +51,7 @@ void PhotoThumbnailTile::setPhoto(const PhotoItem& photo) {
 }
 
 void PhotoThumbnailTile::setSide(double side) {
+  if (side == m_side) return;  // every frame tells it to every tile
   m_side = side;
   setSize({side, side});
   loadWhenKeyChanged();
@@ -97,7 +98,7 @@ void PhotoThumbnailTile::loadThumbnail() {
   if (key == m_loadKey) return;
   m_loadKey = key;
   // What a thread has taken runs to its end and is shown when it comes; what none has taken is replaced.
-  std::erase_if(m_loads, [](const BackgroundQueue::Ticket& load) { return load.isWaiting(); });
+  std::erase_if(m_loads, [](const BackgroundQueue::Ticket& load) { return !load.isRunning(); });
 
   const FileUrl url = m_photo.url;
   const double bound = maxPixelSize(m_side);
