@@ -2,7 +2,6 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include "Spinner.h"
 #include "SpinnerClock.h"
 #include "SpinnerImage.h"
 
@@ -20,8 +19,8 @@ class SpinnerClockTest : public QObject {
 void SpinnerClockTest::ticksOnlyWhileASpinnerCanBeSeen() {
   const SpinnerClock* clock = SpinnerClock::instance();
   QQuickWindow window;
-  Spinner spinner(window.contentItem());
-  Spinner other(window.contentItem());
+  SpinnerClock::Running spinner(&window);
+  SpinnerClock::Running other(&window);
   QVERIFY(!clock->isTicking());  // not shown yet
 
   window.show();
@@ -30,18 +29,13 @@ void SpinnerClockTest::ticksOnlyWhileASpinnerCanBeSeen() {
   QSignalSpy ticks(clock, &SpinnerClock::ticked);
   QVERIFY(ticks.wait());
 
-  spinner.setVisible(false);
-  QVERIFY(clock->isTicking());
-  other.setVisible(false);
-  QVERIFY(!clock->isTicking());
-
-  spinner.setVisible(true);
+  spinner = {};
   QVERIFY(clock->isTicking());
   window.hide();
   QTRY_VERIFY(!clock->isTicking());
   window.show();
   QTRY_VERIFY(clock->isTicking());
-  spinner.setParentItem(nullptr);
+  other = {};
   QVERIFY(!clock->isTicking());
 }
 
