@@ -20,8 +20,7 @@ struct BackdropNode : QSGNode {
 
 }  // namespace
 
-BackgroundLayer::BackgroundLayer(QQuickItem* parent) : QQuickItem(parent) {
-  setFlag(ItemHasContents);
+BackgroundLayer::BackgroundLayer(QQuickItem* parent) : PictureItem(parent) {
   connect(Palette::instance(), &Palette::changed, this, &QQuickItem::update);
 }
 
@@ -51,11 +50,6 @@ QSGNode* BackgroundLayer::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*
   node->image->setSourceRect(QRectF(QPointF(), pixels));
   node->image->setRect(QRectF(QPointF(), QSizeF(pixels) / ratio));
   return node;
-}
-
-void BackgroundLayer::itemChange(ItemChange change, const ItemChangeData& data) {
-  if (change == ItemDevicePixelRatioHasChanged) update();
-  QQuickItem::itemChange(change, data);
 }
 
 }  // namespace lumagrid

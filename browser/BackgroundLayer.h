@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QQuickItem>
+#include "PictureItem.h"
 
 namespace lumagrid {
 
 // The backdrop of the window, behind everything: it fills the item, light or dark as the palette is. Main thread.
-class BackgroundLayer : public QQuickItem {
+class BackgroundLayer : public lumagrid::PictureItem {
   Q_OBJECT
   QML_ELEMENT
 
@@ -14,7 +14,6 @@ class BackgroundLayer : public QQuickItem {
 
  protected:
   QSGNode* updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData* data) override;
-  void itemChange(ItemChange change, const ItemChangeData& data) override;
 };
 
 }  // namespace lumagrid

@@ -86,8 +86,7 @@ QSGNode* stretchedPixels(QQuickWindow* window, QSGNode* oldNode, const QRectF& r
 
 }  // namespace
 
-StageCard::StageCard(QQuickItem* parent) : QQuickItem(parent) {
-  setFlag(ItemHasContents);
+StageCard::StageCard(QQuickItem* parent) : PictureItem(parent) {
   connect(Palette::instance(), &Palette::changed, this, &QQuickItem::update);
 }
 

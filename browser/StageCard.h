@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QQuickItem>
+#include "PictureItem.h"
 
 namespace lumagrid {
 
 // The card under a stage's content: a gradient from the top left to the bottom right corner, light or dark as the
 // palette is. Its corners are square; StageCorners rounds them together with the content. Main thread.
-class StageCard : public QQuickItem {
+class StageCard : public lumagrid::PictureItem {
   Q_OBJECT
   QML_ELEMENT
 

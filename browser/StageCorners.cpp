@@ -12,10 +12,8 @@
 
 namespace lumagrid {
 
-StageCorners::StageCorners(QQuickItem* parent) : QQuickItem(parent) {
-  setFlag(ItemHasContents);
+StageCorners::StageCorners(QQuickItem* parent) : PictureItem(parent) {
   connect(Palette::instance(), &Palette::changed, this, &QQuickItem::update);
-  connect(this, &StageCorners::changed, this, &QQuickItem::update);
 }
 
 // The backdrop in `corner` (points of the item), where it lies outside of the rounded shape.
@@ -57,11 +55,6 @@ QSGNode* StageCorners::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData* /*
     node->appendChildNode(image);
   }
   return node;
-}
-
-void StageCorners::itemChange(ItemChange change, const ItemChangeData& data) {
-  if (change == ItemDevicePixelRatioHasChanged) update();
-  QQuickItem::itemChange(change, data);
 }
 
 }  // namespace lumagrid

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <QQuickItem>
+#include "PictureItem.h"
 
 namespace lumagrid {
 
 // Rounds a stage: covers what lies outside of the item's continuous corners with the backdrop behind it. The backdrop
 // is opaque and known to the pixel, so this equals a clip of card and content to the rounded shape, at the price of
 // four small pictures instead of a layer of the whole stage. Lengths in points. Main thread.
-class StageCorners : public QQuickItem {
+class StageCorners : public lumagrid::PictureItem {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(double radius MEMBER m_radius NOTIFY changed FINAL)
@@ -17,12 +17,8 @@ class StageCorners : public QQuickItem {
  public:
   explicit StageCorners(QQuickItem* parent = nullptr);
 
- Q_SIGNALS:
-  void changed();
-
  protected:
   QSGNode* updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData* data) override;
-  void itemChange(ItemChange change, const ItemChangeData& data) override;
 
  private:
   [[nodiscard]] QImage coverImage(QRectF corner, double devicePixelRatio) const;

@@ -5,11 +5,6 @@
 
 namespace lumagrid {
 
-ContinuousRectangle::ContinuousRectangle(QQuickItem* parent) : QQuickItem(parent) {
-  setFlag(ItemHasContents);
-  connect(this, &ContinuousRectangle::changed, this, &QQuickItem::update);
-}
-
 QSGNode* ContinuousRectangle::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
   auto* root = old;
   if (!root) {
@@ -36,11 +31,6 @@ QSGNode* ContinuousRectangle::updatePaintNode(QSGNode* old, UpdatePaintNodeData*
     stroke->clear();
   }
   return root;
-}
-
-void ContinuousRectangle::itemChange(ItemChange change, const ItemChangeData& data) {
-  if (change == ItemDevicePixelRatioHasChanged) update();
-  QQuickItem::itemChange(change, data);
 }
 
 }  // namespace lumagrid

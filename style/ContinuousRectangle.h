@@ -1,14 +1,14 @@
 #pragma once
 
-#include <QtQml/qqmlregistration.h>
 #include <QColor>
-#include <QQuickItem>
+
+#include "PictureItem.h"
 
 namespace lumagrid {
 
 // A rectangle with continuous corners (ContinuousPath.h), filled and then stroked on its path: half of the stroke lies
 // outside of the item's bounds. Lengths in points. Changing a colour's opacity costs no new picture. Main thread.
-class ContinuousRectangle : public QQuickItem {
+class ContinuousRectangle : public lumagrid::PictureItem {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(double radius MEMBER m_radius NOTIFY changed FINAL)
@@ -17,14 +17,10 @@ class ContinuousRectangle : public QQuickItem {
   Q_PROPERTY(double strokeWidth MEMBER m_strokeWidth NOTIFY changed FINAL)
 
  public:
-  explicit ContinuousRectangle(QQuickItem* parent = nullptr);
-
- Q_SIGNALS:
-  void changed();
+  using PictureItem::PictureItem;
 
  protected:
   QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData*) override;
-  void itemChange(ItemChange change, const ItemChangeData& data) override;
 
  private:
   double m_radius = 0;

@@ -15,8 +15,7 @@ IconWeight iconWeight(int fontWeight) {
 
 }  // namespace
 
-Icon::Icon(QQuickItem* parent) : QQuickItem(parent) {
-  setFlag(ItemHasContents);
+Icon::Icon(QQuickItem* parent) : PictureItem(parent) {
   connect(this, &Icon::changed, this, &Icon::onChanged);
   onChanged();
 }
@@ -33,15 +32,9 @@ QSGNode* Icon::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
   return node;
 }
 
-void Icon::itemChange(ItemChange change, const ItemChangeData& data) {
-  if (change == ItemDevicePixelRatioHasChanged) update();
-  QQuickItem::itemChange(change, data);
-}
-
 void Icon::onChanged() {
   const double side = iconSide(m_size);
   setImplicitSize(side, side);
-  update();
 }
 
 }  // namespace lumagrid

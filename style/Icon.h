@@ -1,16 +1,16 @@
 #pragma once
 
-#include <QtQml/qqmlregistration.h>
 #include <QColor>
 #include <QFont>
-#include <QQuickItem>
+
+#include "PictureItem.h"
 
 namespace lumagrid {
 
 // One of the project's icons (IconImage.h), in the middle of the item, as crisp as the window's pixels allow. `size` is
 // the font size, in points, of the text that the icon belongs to; the item's implicit size follows. `weight` is a font
 // weight: up to medium, demi-bold or bold. An unknown name draws nothing. Main thread.
-class Icon : public QQuickItem {
+class Icon : public lumagrid::PictureItem {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(QString name MEMBER m_name NOTIFY changed FINAL)  // as in IconName: "trash", "chevronLeft", …
@@ -21,12 +21,8 @@ class Icon : public QQuickItem {
  public:
   explicit Icon(QQuickItem* parent = nullptr);
 
- Q_SIGNALS:
-  void changed();
-
  protected:
   QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData*) override;
-  void itemChange(ItemChange change, const ItemChangeData& data) override;
 
  private:
   void onChanged();

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <QtQml/qqmlregistration.h>
 #include <QColor>
-#include <QQuickItem>
+
+#include "PictureItem.h"
 
 namespace lumagrid {
 
 // The shadow of a shape that has the item's bounds: black under a Gaussian of sigma blur / 2, moved down by offsetY.
 // It lies beneath the shape, so it is drawn inside of it too. Lengths in points. Main thread.
-class ShapeShadow : public QQuickItem {
+class ShapeShadow : public lumagrid::PictureItem {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(double radius MEMBER m_radius NOTIFY changed FINAL)  // of continuous corners; 0: square ones
@@ -17,14 +17,10 @@ class ShapeShadow : public QQuickItem {
   Q_PROPERTY(QColor color MEMBER m_color NOTIFY changed FINAL)
 
  public:
-  explicit ShapeShadow(QQuickItem* parent = nullptr);
-
- Q_SIGNALS:
-  void changed();
+  using PictureItem::PictureItem;
 
  protected:
   QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData*) override;
-  void itemChange(ItemChange change, const ItemChangeData& data) override;
 
  private:
   double m_radius = 0;
