@@ -1,7 +1,6 @@
 #include "MagnificationArea.h"
 
 #include <QLineF>
-#include <QQuickWindow>
 #include <QTimerEvent>
 #include <algorithm>
 #include <cmath>
@@ -17,38 +16,27 @@ const double kWheelUnit = std::exp2(1.0 / (7 * 120));
 
 }  // namespace
 
-MagnificationArea::MagnificationArea(QQuickItem* parent) : QQuickItem(parent) {}
-
-void MagnificationArea::itemChange(ItemChange change, const ItemChangeData& data) {
-  if (change == ItemSceneChange) {
-    if (m_window) m_window->removeEventFilter(this);
-    m_window = data.window;
-    if (m_window) m_window->installEventFilter(this);
-  }
-  QQuickItem::itemChange(change, data);
-}
-
 bool MagnificationArea::covers(QPointF scenePosition) const {
   return isVisible() && isEnabled() && contains(mapFromScene(scenePosition));
 }
 
-bool MagnificationArea::eventFilter(QObject* watched, QEvent* event) {
-  switch (event->type()) {
+bool MagnificationArea::windowEvent(QEvent& event) {
+  switch (event.type()) {
     case QEvent::Wheel:
-      return handleWheel(*static_cast<QWheelEvent*>(event));
+      return handleWheel(static_cast<QWheelEvent&>(event));
     case QEvent::NativeGesture:
-      handleNativeGesture(*static_cast<QNativeGestureEvent*>(event));
+      handleNativeGesture(static_cast<QNativeGestureEvent&>(event));
       break;
     case QEvent::TouchBegin:
     case QEvent::TouchUpdate:
     case QEvent::TouchEnd:
     case QEvent::TouchCancel:
-      handleTouch(*static_cast<QTouchEvent*>(event));
+      handleTouch(static_cast<QTouchEvent&>(event));
       break;
     default:
       break;
   }
-  return QQuickItem::eventFilter(watched, event);
+  return false;
 }
 
 bool MagnificationArea::handleWheel(const QWheelEvent& event) {

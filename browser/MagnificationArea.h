@@ -2,9 +2,9 @@
 
 #include <QBasicTimer>
 #include <QPointF>
-#include <QPointer>
-#include <QQuickItem>
 #include <optional>
+
+#include "WindowEventItem.h"
 
 namespace lumagrid {
 
@@ -12,7 +12,7 @@ namespace lumagrid {
 // with the first notch and ends 300 ms after the last. It watches the window's events and leaves them to everyone else,
 // but for the wheel that it takes. Magnifications are relative to the start of the pinch (1 there); the first is told
 // once it differs from 1 by 0.01. Main thread.
-class MagnificationArea : public QQuickItem {
+class MagnificationArea : public lumagrid::WindowEventItem {
   Q_OBJECT
   QML_ELEMENT
   // The magnification in force when a pinch with the wheel begins: it goes on from there.
@@ -21,7 +21,7 @@ class MagnificationArea : public QQuickItem {
   Q_PROPERTY(double wheelFloor MEMBER m_wheelFloor NOTIFY wheelChanged FINAL)
 
  public:
-  explicit MagnificationArea(QQuickItem* parent = nullptr);
+  using WindowEventItem::WindowEventItem;
 
  Q_SIGNALS:
   void wheelChanged();
@@ -29,8 +29,7 @@ class MagnificationArea : public QQuickItem {
   void ended();
 
  protected:
-  bool eventFilter(QObject* watched, QEvent* event) override;
-  void itemChange(ItemChange change, const ItemChangeData& data) override;
+  bool windowEvent(QEvent& event) override;
   void timerEvent(QTimerEvent* event) override;
 
  private:
@@ -42,7 +41,6 @@ class MagnificationArea : public QQuickItem {
   void change(double magnification);
   void end();
 
-  QPointer<QQuickWindow> m_window;
   double m_wheelStart = 1;
   double m_wheelFloor = 0;
   std::optional<double> m_magnification;  // of the pinch that is under way

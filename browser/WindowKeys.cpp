@@ -1,27 +1,17 @@
 #include "WindowKeys.h"
 
 #include <QKeyEvent>
-#include <QQuickWindow>
 #include <QTimerEvent>
 
 namespace lumagrid {
 
-void WindowKeys::itemChange(ItemChange change, const ItemChangeData& data) {
-  if (change == ItemSceneChange) {
-    if (m_window) m_window->removeEventFilter(this);
-    m_window = data.window;
-    if (m_window) m_window->installEventFilter(this);
-  }
-  QQuickItem::itemChange(change, data);
-}
-
-bool WindowKeys::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() == QEvent::KeyPress && handlePress(*static_cast<QKeyEvent*>(event))) return true;
-  if (event->type() == QEvent::KeyRelease && !static_cast<QKeyEvent*>(event)->isAutoRepeat()) {
+bool WindowKeys::windowEvent(QEvent& event) {
+  if (event.type() == QEvent::KeyPress) return handlePress(static_cast<QKeyEvent&>(event));
+  if (event.type() == QEvent::KeyRelease && !static_cast<QKeyEvent&>(event).isAutoRepeat()) {
     m_heldKey.reset();
     m_stepTimer.stop();
   }
-  return QQuickItem::eventFilter(watched, event);
+  return false;
 }
 
 bool WindowKeys::handlePress(const QKeyEvent& event) {
