@@ -15,7 +15,6 @@ ContentView::ContentView(const PhotoLibrary::Services& services, const Shared& s
       m_photoCountObserver([this] { return m_library.photoCount(); },
                            [this](std::int64_t count) {
                              if (count == 0) setBrowserMode(BrowserMode::grid);
-                             Q_EMIT photoCountChanged();
                            }),
       m_folderObserver([this] { return m_library.folderURL(); },
                        [this](const std::optional<FileUrl>& folder) {
@@ -24,52 +23,21 @@ ContentView::ContentView(const PhotoLibrary::Services& services, const Shared& s
       m_currentIndexObserver([this] { return m_library.currentIndex(); },
                              [this](std::int64_t) {
                                setZoom({}, {0, 0}, ZoomAnimation::EaseOut);
-                             }),
-      m_selectedCountObserver([this] { return selectedCount(); },
-                              [this](std::int64_t) { Q_EMIT selectedCountChanged(); }) {
-  observeLibrary();
+                             }) {
+  const auto noticeCount = [this] { m_photoCountObserver.notice(); };
+  connect(&m_library, &PhotoLibrary::photosReset, this, noticeCount);
+  connect(&m_library, &PhotoLibrary::photoRemoved, this, noticeCount);
+  connect(&m_library, &PhotoLibrary::folderURLChanged, this, [this] { m_folderObserver.notice(); });
+  connect(&m_library, &PhotoLibrary::currentIndexChanged, this, [this] { m_currentIndexObserver.notice(); });
   connect(&m_shared.notificationCenter, &NotificationCenter::posted, this,
           [this](const QString& name, const std::optional<FileUrl>& object) {
             if (name == openRecentFolder) handleOpenRecent(object);
           });
 }
 
-void ContentView::observeLibrary() {
-  const auto photosMayHaveChanged = [this] {
-    m_photoCountObserver.notice();
-    Q_EMIT currentPhotoChanged();
-  };
-  connect(&m_library, &PhotoLibrary::photosReset, this, photosMayHaveChanged);
-  connect(&m_library, &PhotoLibrary::photosReordered, this, photosMayHaveChanged);
-  connect(&m_library, &PhotoLibrary::photoRemoved, this, photosMayHaveChanged);
-  connect(&m_library, &PhotoLibrary::folderURLChanged, this, [this] { m_folderObserver.notice(); });
-  connect(&m_library, &PhotoLibrary::selectedIndicesChanged, this, [this] { m_selectedCountObserver.notice(); });
-  // After the error flag, the last of a status to be assigned.
-  connect(&m_library, &PhotoLibrary::statusIsErrorChanged, this, [this] {
-    m_gridStatus = m_library.statusMessage();
-    Q_EMIT statusChanged();
-    Q_EMIT gridStatusChanged();
-  });
-  connect(&m_library, &PhotoLibrary::currentImageChanged, this, &ContentView::currentImageChanged);
-  connect(&m_library, &PhotoLibrary::currentIndexChanged, this, [this] {
-    m_currentIndexObserver.notice();
-    Q_EMIT currentPhotoChanged();
-  });
-}
-
-QString ContentView::currentName() const {
-  const PhotoItem* photo = m_library.currentPhoto();
-  return photo ? photo->displayName() : QStringLiteral("No photo selected");
-}
-
 std::optional<QByteArray> ContentView::currentPhotoPath() const {
   const PhotoItem* photo = m_library.currentPhoto();
   return photo ? std::optional(photo->id()) : std::nullopt;
-}
-
-void ContentView::dismissGridStatus() {
-  m_gridStatus.clear();
-  Q_EMIT gridStatusChanged();
 }
 
 void ContentView::handleExitCommand() {
@@ -81,14 +49,14 @@ void ContentView::handleExitCommand() {
 }
 
 void ContentView::exitDetailMode() {
-  dismissGridStatus();  // the info bar has shown it
+  m_shown.dismissNewStatus();  // the info bar has shown it
   setBrowserMode(BrowserMode::grid);
   setGridScrollTarget(currentPhotoPath());
   setZoom({}, {0, 0}, ZoomAnimation::None);
 }
 
 void ContentView::chooseFolderAndShowGrid() {
-  dismissGridStatus();
+  m_shown.dismissNewStatus();
   runDialog([this] { m_library.chooseFolder(); });
   setBrowserMode(BrowserMode::grid);
   setGridScrollTarget(currentPhotoPath());

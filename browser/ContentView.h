@@ -14,6 +14,7 @@
 #include "ChangeObserver.h"
 #include "GridMetrics.h"
 #include "PhotoLibrary.h"
+#include "ShownLibrary.h"
 #include "ZoomState.h"
 
 namespace lumagrid {
@@ -36,19 +37,7 @@ class ContentView : public QObject {
   Q_PROPERTY(double zoomScale READ zoomScale NOTIFY zoomChanged)
   Q_PROPERTY(QPointF displacement READ displacement NOTIFY zoomChanged)
   Q_PROPERTY(QSizeF dragOffset READ dragOffset NOTIFY zoomChanged)
-  Q_PROPERTY(int photoCount READ photoCount NOTIFY photoCountChanged)
-  Q_PROPERTY(int selectedCount READ selectedCount NOTIFY selectedCountChanged)
-  Q_PROPERTY(QImage currentImage READ currentImage NOTIFY currentImageChanged)
-  Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusChanged)
-  Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusChanged)
-  Q_PROPERTY(bool hasImage READ hasImage NOTIFY currentImageChanged)
-  // A status that the grid has yet to show; empty when there is none.
-  Q_PROPERTY(QString gridStatus READ gridStatus NOTIFY gridStatusChanged)
-  Q_PROPERTY(QString currentName READ currentName NOTIFY currentPhotoChanged)
-  Q_PROPERTY(bool hasCurrentPhoto READ hasCurrentPhoto NOTIFY currentPhotoChanged)
-  Q_PROPERTY(bool hasPreviousPhoto READ hasPreviousPhoto NOTIFY currentPhotoChanged)
-  Q_PROPERTY(bool canGoNext READ canGoNext NOTIFY currentPhotoChanged)
-  Q_PROPERTY(QString counterText READ counterText NOTIFY currentPhotoChanged)
+  Q_PROPERTY(lumagrid::ShownLibrary* shown READ shown CONSTANT)
 
  public:
   // What a window shares with the others; each outlives it.
@@ -67,6 +56,7 @@ class ContentView : public QObject {
   ContentView(const PhotoLibrary::Services& services, const Shared& shared, QObject* parent = nullptr);
 
   [[nodiscard]] PhotoLibrary* library() { return &m_library; }
+  [[nodiscard]] ShownLibrary* shown() { return &m_shown; }
   [[nodiscard]] BackgroundQueue& thumbnailQueue() const { return m_shared.thumbnailQueue; }
   [[nodiscard]] BrowserMode browserMode() const { return m_browserMode; }
   [[nodiscard]] bool showsGrid() const { return m_browserMode == BrowserMode::grid; }
@@ -78,25 +68,11 @@ class ContentView : public QObject {
   [[nodiscard]] QSizeF dragOffset() const { return m_dragOffset; }
   [[nodiscard]] QList<int> gridPresets() const { return {4, 9, 16, 25, 36}; }  // numbers of visible thumbnails
 
-  // What the views show of the library, told once per turn however often it changed.
-  [[nodiscard]] qint64 photoCount() const { return m_library.photoCount(); }
-  [[nodiscard]] qint64 selectedCount() const { return static_cast<qint64>(m_library.selectedIndices().size()); }
   [[nodiscard]] double zoomScale() const { return m_zoom.scale; }
   [[nodiscard]] QPointF displacement() const {
     return {m_zoom.offset.width() + m_dragOffset.width(), m_zoom.offset.height() + m_dragOffset.height()};
   }
-  [[nodiscard]] const QImage& currentImage() const { return m_library.currentImage(); }
-  [[nodiscard]] const QString& statusMessage() const { return m_library.statusMessage(); }
-  [[nodiscard]] bool statusIsError() const { return m_library.statusIsError(); }
-  [[nodiscard]] bool hasImage() const { return !m_library.currentImage().isNull(); }
-  [[nodiscard]] const QString& gridStatus() const { return m_gridStatus; }
-  [[nodiscard]] QString currentName() const;
-  [[nodiscard]] bool hasCurrentPhoto() const { return m_library.currentPhoto() != nullptr; }
-  [[nodiscard]] bool hasPreviousPhoto() const { return m_library.currentIndex() > 0; }
-  [[nodiscard]] bool canGoNext() const { return m_library.canGoNext(); }
-  [[nodiscard]] QString counterText() const { return m_library.counterText(); }
 
-  Q_INVOKABLE void dismissGridStatus();
   Q_INVOKABLE void handleExitCommand();
   Q_INVOKABLE void exitDetailMode();
   Q_INVOKABLE void chooseFolderAndShowGrid();
@@ -140,15 +116,8 @@ class ContentView : public QObject {
   // The displayed zoom is to follow the state with this curve; comes before zoomChanged().
   void zoomWillChange(lumagrid::ContentView::ZoomAnimation animation);
   void zoomChanged();
-  void photoCountChanged();
-  void currentImageChanged();
-  void statusChanged();
-  void gridStatusChanged();
-  void selectedCountChanged();
-  void currentPhotoChanged();
 
  private:
-  void observeLibrary();
   void setBrowserMode(BrowserMode mode);
   void setGridScrollTarget(std::optional<QByteArray> path);
   void setZoom(const ZoomState& zoom, QSizeF dragOffset, ZoomAnimation animation);
@@ -157,6 +126,7 @@ class ContentView : public QObject {
   void runDialog(const std::function<void()>& dialog);
 
   PhotoLibrary m_library;
+  ShownLibrary m_shown{m_library};
   Shared m_shared;
   BrowserMode m_browserMode = BrowserMode::grid;
   std::int64_t m_gridDimension = 4;
@@ -164,12 +134,10 @@ class ContentView : public QObject {
   std::optional<QByteArray> m_gridScrollTarget;
   ZoomState m_zoom;
   QSizeF m_dragOffset{0, 0};
-  QString m_gridStatus;
 
   ChangeObserver<std::int64_t> m_photoCountObserver;
   ChangeObserver<std::optional<FileUrl>> m_folderObserver;
   ChangeObserver<std::int64_t> m_currentIndexObserver;
-  ChangeObserver<std::int64_t> m_selectedCountObserver;
   int m_openDialogs = 0;
   std::optional<FileUrl> m_folderToOpen;  // asked for while a dialog was open
 };

@@ -44,7 +44,7 @@ void ContentView::handleTileClick(std::int64_t index, Qt::KeyboardModifiers modi
   } else {
     m_library.clearSelection();
     m_library.openPhoto(index);
-    dismissGridStatus();  // the info bar shows it
+    m_shown.dismissNewStatus();  // the info bar shows it
     setBrowserMode(BrowserMode::detail);
   }
 }
@@ -62,7 +62,7 @@ void ContentView::openSortMenu(QWindow* window, QPointF position) {
 }
 
 void ContentView::deleteSelectedWithConfirmation() {
-  const qint64 count = selectedCount();
+  const qint64 count = m_shown.selectedCount();
   const QString number = QString::number(count);
   const QString plural = count == 1 ? QString() : QStringLiteral("s");
   runDialog([&] {

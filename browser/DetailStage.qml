@@ -13,7 +13,7 @@ StageShell {
 
     Loader {
         anchors.fill: parent
-        sourceComponent: root.view.hasImage ? photo : placeholder
+        sourceComponent: root.view.shown.hasImage ? photo : placeholder
     }
 
     Component {
@@ -36,7 +36,7 @@ StageShell {
 
             // A QImage has no type of its own in QML.
             // qmllint disable type
-            image: root.view.currentImage
+            image: root.view.shown.currentImage
             zoomScale: root.view.zoomScale
             offset: root.view.displacement
 
@@ -110,7 +110,7 @@ StageShell {
         backgroundColor: WindowPalette.softButton
         foregroundColor: WindowPalette.text
         helpText: "Previous photo"
-        enabled: root.view.hasPreviousPhoto
+        enabled: root.view.shown.hasPreviousPhoto
         onClicked: root.view.showPrevious()
     }
 
@@ -127,7 +127,7 @@ StageShell {
             backgroundColor: WindowPalette.softButton
             foregroundColor: WindowPalette.text
             helpText: "Next photo"
-            enabled: root.view.canGoNext
+            enabled: root.view.shown.canGoNext
             onClicked: root.view.showNext()
         }
 
@@ -136,7 +136,7 @@ StageShell {
             backgroundColor: WindowPalette.danger
             foregroundColor: "white"
             helpText: "Move current photo to Trash"
-            enabled: root.view.hasCurrentPhoto
+            enabled: root.view.shown.hasCurrentPhoto
             onClicked: root.view.deleteCurrentPhoto()
         }
     }

@@ -15,7 +15,7 @@ StageShell {
     Loader {
         anchors.fill: parent
         focus: true
-        sourceComponent: root.view.photoCount === 0 ? placeholder : grid
+        sourceComponent: root.view.shown.photoCount === 0 ? placeholder : grid
     }
 
     GridStatus {

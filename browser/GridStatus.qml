@@ -8,7 +8,7 @@ ContinuousRectangle {
     id: root
 
     required property ContentView view
-    readonly property bool isError: view.statusIsError
+    readonly property bool isError: view.shown.statusIsError
 
     implicitWidth: label.implicitWidth + 32
     implicitHeight: label.height + 20
@@ -16,17 +16,17 @@ ContinuousRectangle {
     color: WindowPalette.withOpacity(WindowPalette.windowBackground, 0.9)
     strokeColor: WindowPalette.line
     strokeWidth: 1
-    visible: root.view.gridStatus.length > 0
+    visible: root.view.shown.newStatus.length > 0
 
     Accessible.role: Accessible.AlertMessage
-    Accessible.name: root.view.gridStatus
+    Accessible.name: root.view.shown.newStatus
 
     SingleLineText {
         id: label
 
         anchors.centerIn: parent
         width: Math.min(implicitWidth, root.width - 32)
-        content: root.view.gridStatus
+        content: root.view.shown.newStatus
         font: Fonts.system(13, Font.Medium)
         color: root.isError ? WindowPalette.danger : WindowPalette.muted
         elide: Text.ElideRight
@@ -38,13 +38,13 @@ ContinuousRectangle {
 
         interval: 4000
         running: root.visible && !root.isError
-        onTriggered: root.view.dismissGridStatus()
+        onTriggered: root.view.shown.dismissNewStatus()
     }
 
     Connections {
-        target: root.view
+        target: root.view.shown
 
-        function onGridStatusChanged() {
+        function onNewStatusChanged() {
             if (leaving.running)
                 leaving.restart();
         }

@@ -34,7 +34,7 @@ ContinuousRectangle {
 
             SingleLineText {
                 width: parent.width
-                content: root.view.currentName
+                content: root.view.shown.currentName
                 font: Fonts.system(17, Font.Bold)
                 color: WindowPalette.text
                 elide: Text.ElideMiddle
@@ -42,9 +42,9 @@ ContinuousRectangle {
 
             SingleLineText {
                 width: parent.width
-                content: root.view.statusMessage
+                content: root.view.shown.statusMessage
                 font: Fonts.system(13, Font.Medium)
-                color: root.view.statusIsError ? WindowPalette.danger : WindowPalette.muted
+                color: root.view.shown.statusIsError ? WindowPalette.danger : WindowPalette.muted
                 elide: Text.ElideRight
             }
         }
@@ -54,7 +54,7 @@ ContinuousRectangle {
 
             anchors.right: parent.right
             anchors.verticalCenter: parent.verticalCenter
-            text: root.view.counterText
+            text: root.view.shown.counterText
             textFormat: Text.PlainText
             font: Fonts.system(13, Font.DemiBold)
             color: WindowPalette.muted

@@ -11,7 +11,7 @@ Item {
     id: root
 
     required property ContentView view
-    readonly property bool hasSelection: view.selectedCount > 0
+    readonly property bool hasSelection: view.shown.selectedCount > 0
     readonly property real rowWidth: width - 44
     readonly property real rowHeight: view.showsGrid ? gridBar.height : gridButton.height
 

@@ -76,7 +76,8 @@ void PhotoGrid::updatePolish() {
 }
 
 void PhotoGrid::updateLayout() {
-  const GridLayout layout{m_view->gridMetrics(m_viewport), m_view->gridDimension(), m_view->photoCount(), m_viewport};
+  const GridLayout layout{m_view->gridMetrics(m_viewport), m_view->gridDimension(), m_view->library()->photoCount(),
+                          m_viewport};
   const GridLayout old = std::exchange(m_layout, layout);
   const double contentY = m_contentY;  // a lower content can move it
   if (m_layout.contentHeight() != old.contentHeight()) Q_EMIT contentHeightChanged();
@@ -119,7 +120,7 @@ std::optional<std::int64_t> PhotoGrid::indexOf(const QByteArray& path) const {
 void PhotoGrid::updateTiles() {
   const auto [first, last] = m_layout.visibleIndices(m_contentY);
   const auto& photos = m_view->library()->photos();
-  m_keyboardIndex = std::min<std::int64_t>(m_keyboardIndex, m_view->photoCount() - 1);
+  m_keyboardIndex = std::min<std::int64_t>(m_keyboardIndex, m_view->library()->photoCount() - 1);
 
   QHash<QByteArray, ShownTile> leaving = std::exchange(m_tiles, {});
   for (std::int64_t index = first; index < last; ++index) {

@@ -6,7 +6,7 @@
 namespace lumagrid {
 
 void PhotoGrid::keyPressEvent(QKeyEvent* event) {
-  const std::int64_t count = m_view->photoCount();
+  const std::int64_t count = m_view->library()->photoCount();
   if (count == 0 || event->modifiers().testAnyFlags(Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
     event->ignore();
     return;
@@ -71,7 +71,7 @@ void PhotoGrid::moveKeyboardIndex(std::int64_t index) {
     index = current >= first && current < last ? current : first;
   }
   m_showsKeyboardIndex = true;
-  m_keyboardIndex = std::clamp<std::int64_t>(index, 0, m_view->photoCount() - 1);
+  m_keyboardIndex = std::clamp<std::int64_t>(index, 0, m_view->library()->photoCount() - 1);
   reveal(m_keyboardIndex);
   polish();
 }

@@ -10,8 +10,8 @@ ChromeBar {
     property int shownCount // the last count, while the bar leaves
 
     function showCount() {
-        if (root.view.selectedCount > 0)
-            root.shownCount = root.view.selectedCount;
+        if (root.view.shown.selectedCount > 0)
+            root.shownCount = root.view.shown.selectedCount;
     }
 
     implicitWidth: label.width + 10 + 8 + 10 + buttons.width + 32
@@ -19,7 +19,7 @@ ChromeBar {
     Component.onCompleted: showCount()
 
     Connections {
-        target: root.view
+        target: root.view.shown
 
         function onSelectedCountChanged() {
             root.showCount();
