@@ -5,20 +5,14 @@
 #include <future>
 
 #include "CommandLine.h"
+#include "DesktopPlatform.h"
 #include "FileImageDecoder.h"
-#include "FolderListing.h"
-#include "GioTrash.h"
 #include "LumagridApp.h"
 #include "PhotoScan.h"
 #include "PictureStore.h"
 #include "PortalAppearance.h"
 #include "QmlPlugins.h"
-#include "QtAlert.h"
-#include "QtFolderChooser.h"
-#include "QtPopupMenu.h"
-#include "ScopedAccess.h"
 #include "SettingsPreferences.h"
-#include "WidgetPalette.h"
 
 using namespace lumagrid;
 
@@ -48,25 +42,17 @@ FolderScan scanAhead(const FileUrl& url, PictureStore& pictures) {
 
 int run(QApplication& application, const CommandLine& line, PictureStore& pictures, std::future<FolderScan> scan) {
   PortalAppearance appearance(line.appearance);
-  WidgetPalette widgetPalette(appearance);
-  GioTrash trash;
-  QtFolderChooser chooser(widgetPalette);
-  QtAlert alert(widgetPalette);
-  QtPopupMenu popupMenu(widgetPalette);
-  ScopedAccess access;
   SettingsPreferences preferences;
-  LumagridApp app({{pictures, trash, chooser, alert, access}, preferences, popupMenu, appearance});
+  DesktopPlatform desktop(pictures, preferences, appearance);
+  LumagridApp app(desktop.platform());
 
   QQuickWindow* window = app.makeWindow();
   if (!window) return EXIT_FAILURE;
   ContentView& view = *app.contentView(window);
   if (!line.path.isEmpty()) {
     const FileUrl url = FileUrl::fromPath(line.path);
-    if (scan.valid()) {
-      view.openPath(url, scan.get());
-    } else {
-      view.openPath(url);
-    }
+    // Options of the toolkit before the path hide it until the toolkit has taken them.
+    view.openPath(url, scan.valid() ? scan.get() : scanAhead(url, pictures));
     if (view.library()->statusIsError()) {
       std::fprintf(stderr, "lumagrid: %s\n", qPrintable(view.library()->statusMessage()));
     }

@@ -5,15 +5,10 @@
 #include <QTimer>
 #include <cstdio>
 
+#include "DesktopPlatform.h"
 #include "FileImageDecoder.h"
-#include "GioTrash.h"
 #include "LumagridApp.h"
 #include "QmlPlugins.h"
-#include "QtAlert.h"
-#include "QtFolderChooser.h"
-#include "QtPopupMenu.h"
-#include "ScopedAccess.h"
-#include "WidgetPalette.h"
 
 using namespace lumagrid;
 
@@ -94,15 +89,10 @@ int main(int argc, char* argv[]) {
     return 2;
   }
   const Appearance appearance(request->colorScheme);
-  WidgetPalette widgetPalette(appearance);
   FileImageDecoder decoder;
-  GioTrash trash;
-  QtFolderChooser chooser(widgetPalette);
-  QtAlert alert(widgetPalette);
-  QtPopupMenu popupMenu(widgetPalette);
-  ScopedAccess access;
   NoPreferences preferences;
-  LumagridApp app({{decoder, trash, chooser, alert, access}, preferences, popupMenu, appearance});
+  DesktopPlatform desktop(decoder, preferences, appearance);
+  LumagridApp app(desktop.platform());
   QQuickWindow* window = app.makeWindow();
   if (!window) return EXIT_FAILURE;
   ContentView& view = *app.contentView(window);
