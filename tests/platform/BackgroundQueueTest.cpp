@@ -6,201 +6,137 @@
 #include <QSemaphore>
 #include <QTest>
 #include <atomic>
-#include <mutex>
 #include <thread>
 
 using namespace lumagrid;
+using Ticket = BackgroundQueue::Ticket;
 
 namespace {
 
-// Counts its live copies, and remembers whether one died off the main thread.
-class Witness {
- public:
-  struct Record {
-    std::thread::id main = std::this_thread::get_id();
-    std::atomic<int> live = 0;
-    std::atomic<bool> diedElsewhere = false;
-  };
-
-  explicit Witness(Record& record) : m_record(&record) { ++record.live; }
-  Witness(const Witness& other) : m_record(other.m_record) { ++m_record->live; }
-  Witness& operator=(const Witness&) = delete;
-  ~Witness() {
-    if (std::this_thread::get_id() != m_record->main) m_record->diedElsewhere = true;
-    --m_record->live;
-  }
-
- private:
-  Record* m_record;
-};
-
-// Work that keeps its thread until it is opened.
-class Gate {
- public:
-  BackgroundQueue::Ticket shut(
-      BackgroundQueue& queue, std::function<void()> finished = [] {}) {
-    auto ticket = queue.enqueue(
-        [this] {
-          m_taken.release();
-          m_open.acquire();
-        },
-        std::move(finished));
-    m_taken.acquire();
-    return ticket;
-  }
-  void open() { m_open.release(); }
-
- private:
-  QSemaphore m_taken;
-  QSemaphore m_open;
-};
+// Counts as alive until its last copy dies on this thread; one that dies on another is never taken off.
+std::shared_ptr<void> witness(std::atomic<int>& alive) {
+  ++alive;
+  return {nullptr, [&alive, thread = std::this_thread::get_id()](void*) {
+            if (std::this_thread::get_id() == thread) --alive;
+          }};
+}
 
 }  // namespace
 
 class BackgroundQueueTest : public QObject {
   Q_OBJECT
 
+ private:
+  // Work that has a thread, and keeps it until m_open is released.
+  [[nodiscard]] Ticket hold(
+      BackgroundQueue& queue, std::function<void()> finished = [] {}) {
+    const auto work = [this] {
+      m_taken.release();
+      m_open.acquire();
+    };
+    auto ticket = queue.enqueue(work, std::move(finished));
+    m_taken.acquire();
+    return ticket;
+  }
+
+  QSemaphore m_taken;
+  QSemaphore m_open;
+
  private Q_SLOTS:
-  void newestTurnGoesFirst();
-  void aDroppedTicketNeverRuns();
-  void aTicketDroppedWhileItRunsIsNotReported();
-  void destroyingWaitsForWhatIsTakenAndDropsTheRest();
-  void theEndOfOnePieceMayDestroyTheQueue();
-  void everyPieceEndsOnceOnTheMainThread();
-};
-
-void BackgroundQueueTest::newestTurnGoesFirst() {
-  BackgroundQueue queue(1);
-  Gate gate;
-  std::vector<BackgroundQueue::Ticket> tickets;
-  tickets.push_back(gate.shut(queue));
-  QByteArray order;  // one worker writes it, and the test reads it when all is quiet
-  const auto ask = [&](char name) { tickets.push_back(queue.enqueue([&order, name] { order.append(name); }, [] {})); };
-  ask('e');
-  ask('f');
-  QCoreApplication::processEvents();
-  ask('c');
-  ask('d');
-  QCoreApplication::processEvents();
-  ask('a');
-  ask('b');
-  gate.open();
-  QTRY_COMPARE(queue.pendingCount(), 0);
-  QCOMPARE(order, QByteArray("abcdef"));
-}
-
-void BackgroundQueueTest::aDroppedTicketNeverRuns() {
-  Witness::Record record;
-  std::atomic<int> ran = 0;
-  BackgroundQueue queue(1);
-  Gate gate;
-  const auto gateTicket = gate.shut(queue);
-  const auto count = [&ran, witness = Witness(record)] { ++ran; };
-  const int held = record.live;
-
-  auto dropped = queue.enqueue(count, count);
-  auto replaced = queue.enqueue(count, count);
-  const auto moved = std::move(replaced);
-  QVERIFY(record.live > held);
-  dropped = BackgroundQueue::Ticket();
-  QCOMPARE(queue.pendingCount(), 2);  // the gate and the moved one
-  { const auto last = queue.enqueue(count, count); }
-  QCOMPARE(queue.pendingCount(), 2);
-  QCOMPARE(record.live.load(), held + 2);  // closures of dropped work are freed at once
-  gate.open();
-  QTRY_COMPARE(queue.pendingCount(), 0);
-  QCOMPARE(ran.load(), 2);  // work and end of the one that was kept
-}
-
-void BackgroundQueueTest::aTicketDroppedWhileItRunsIsNotReported() {
-  Witness::Record record;
-  bool reported = false;
-  BackgroundQueue queue(1);
-  Gate gate;
-  auto ticket = gate.shut(queue, [&reported, witness = Witness(record)] { reported = true; });
-  ticket = BackgroundQueue::Ticket();
-  gate.open();
-  QTRY_COMPARE(queue.pendingCount(), 0);
-  QTRY_COMPARE(record.live.load(), 0);
-  QVERIFY(!reported);
-  QVERIFY(!record.diedElsewhere);
-}
-
-void BackgroundQueueTest::destroyingWaitsForWhatIsTakenAndDropsTheRest() {
-  Witness::Record record;
-  std::atomic<int> taken = 0;
-  std::atomic<int> ended = 0;
-  int reported = 0;
-  std::vector<BackgroundQueue::Ticket> tickets;  // outlive the queue
-  {
-    BackgroundQueue queue(3);
-    for (int piece = 0; piece < 1000; ++piece) {
-      tickets.push_back(queue.enqueue(
-          [&taken, &ended, witness = Witness(record)] {
-            ++taken;
-            std::this_thread::yield();
-            ++ended;
-          },
-          [&reported, witness = Witness(record)] { ++reported; }));
+  void newestTurnGoesFirstAndWhatIsDroppedNever() {
+    std::atomic<int> alive = 0;
+    QByteArray order;  // one worker writes it, and the test reads it when all is quiet
+    QByteArray reported;
+    BackgroundQueue queue(1);
+    Ticket held = hold(queue, [&reported, witness = witness(alive)] { reported.append("held"); });
+    const auto enqueue = [&](char name) {
+      return queue.enqueue([&order, name, witness = witness(alive)] { order.append(name); },
+                           [&reported, name] { reported.append(name); });
+    };
+    std::vector<Ticket> tickets;
+    for (const char* turn : {"ef", "cd", "ab"}) {
+      tickets.push_back(enqueue(turn[0]));
+      { const Ticket dropped = enqueue('x'); }
+      Ticket replaced = enqueue('x');
+      replaced = enqueue(turn[1]);
+      tickets.push_back(std::move(replaced));
+      QCoreApplication::processEvents();
     }
-    while (taken == 0) std::this_thread::yield();
+    held = Ticket();  // while it runs
+    QCOMPARE(queue.pendingCount(), 7);
+    QCOMPARE(alive.load(), 7);  // closures of dropped work are freed at once
+    m_open.release();
+    QTRY_COMPARE(queue.pendingCount(), 0);
+    QCOMPARE(order, QByteArray("abcdef"));
+    QCOMPARE(reported, order);
+    tickets.clear();
+    QCOMPARE(alive.load(), 0);
   }
-  QCOMPARE(ended.load(), taken.load());
-  QCoreApplication::processEvents();
-  QCOMPARE(reported, 0);
-  tickets.clear();
-  QCOMPARE(record.live.load(), 0);
-  QVERIFY(!record.diedElsewhere);
-}
 
-void BackgroundQueueTest::theEndOfOnePieceMayDestroyTheQueue() {
-  auto queue = std::make_unique<BackgroundQueue>(2);
-  int reported = 0;
-  std::vector<BackgroundQueue::Ticket> tickets;
-  for (int piece = 0; piece < 20; ++piece) {
-    tickets.push_back(queue->enqueue([] {},
-                                     [&] {
-                                       ++reported;
-                                       queue.reset();
-                                     }));
+  void destroyingWaitsForWhatIsTakenAndDropsTheRest() {
+    std::atomic<int> alive = 0;
+    std::atomic<int> taken = 0;
+    std::atomic<int> ended = 0;
+    int reported = 0;
+    std::vector<Ticket> tickets;  // outlive the queue
+    {
+      BackgroundQueue queue(3);
+      for (int piece = 0; piece < 1000; ++piece) {
+        const auto work = [&taken, &ended, witness = witness(alive)] {
+          ++taken;
+          std::this_thread::yield();
+          ++ended;
+        };
+        tickets.push_back(queue.enqueue(work, [&reported, witness = witness(alive)] { ++reported; }));
+      }
+      while (taken == 0) std::this_thread::yield();
+    }
+    QCOMPARE(ended.load(), taken.load());
+    QCoreApplication::processEvents();
+    QCOMPARE(reported, 0);
+    tickets.clear();
+    QCOMPARE(alive.load(), 0);
   }
-  QTRY_VERIFY(!queue);
-  QCOMPARE(reported, 1);
-}
 
-void BackgroundQueueTest::everyPieceEndsOnceOnTheMainThread() {
-  constexpr int kPieces = 5000;
-  const auto mainThread = std::this_thread::get_id();
-  const int mainNiceness = ::getpriority(PRIO_PROCESS, 0);
-  std::atomic<int> notBelowMain = 0;
-  std::vector<int> worked(kPieces);
-  std::vector<int> reported(kPieces);
-  int elsewhere = 0;
-  BackgroundQueue queue(8);
-  std::vector<BackgroundQueue::Ticket> tickets(kPieces);
-  for (int piece = 0; piece < kPieces; ++piece) {
-    tickets[std::size_t(piece)] = queue.enqueue(
-        [&, piece] {
-          ++worked[std::size_t(piece)];
-          if (::getpriority(PRIO_PROCESS, id_t(::gettid())) <= mainNiceness) ++notBelowMain;
-        },
-        [&, piece] {
-          ++reported[std::size_t(piece)];
-          if (std::this_thread::get_id() != mainThread) ++elsewhere;
-        });
-    if (piece % 100 == 0) QCoreApplication::processEvents();
-    if (piece % 3 == 0) tickets[std::size_t(piece / 2)] = BackgroundQueue::Ticket();
+  void theEndOfOnePieceMayDestroyTheQueue() {
+    auto queue = std::make_unique<BackgroundQueue>(2);
+    int reported = 0;
+    const auto destroy = [&] {
+      ++reported;
+      queue.reset();
+    };
+    std::vector<Ticket> tickets;
+    for (int piece = 0; piece < 20; ++piece) tickets.push_back(queue->enqueue([] {}, destroy));
+    QTRY_VERIFY(!queue);
+    QCOMPARE(reported, 1);
   }
-  QTRY_COMPARE(queue.pendingCount(), 0);
-  for (std::size_t piece = 0; piece < kPieces; ++piece) {
-    QVERIFY(worked[piece] <= 1);
-    QVERIFY(reported[piece] <= worked[piece]);
-    if (piece > kPieces / 2) QCOMPARE(reported[piece], 1);  // never dropped
+
+  void everyPieceEndsOnceOnTheMainThread() {
+    constexpr std::size_t kPieces = 5000;
+    const auto mainThread = std::this_thread::get_id();
+    const int mainNiceness = ::getpriority(PRIO_PROCESS, 0);
+    std::atomic<int> faults = 0;
+    std::vector<int> worked(kPieces);
+    std::vector<int> reported(kPieces);
+    BackgroundQueue queue(8);
+    std::vector<Ticket> tickets(kPieces);
+    for (std::size_t piece = 0; piece < kPieces; ++piece) {
+      const auto work = [&, piece] {
+        if (++worked[piece] != 1 || ::getpriority(PRIO_PROCESS, id_t(::gettid())) <= mainNiceness) ++faults;
+      };
+      const auto finished = [&, piece] {
+        if (++reported[piece] != worked[piece] || std::this_thread::get_id() != mainThread) ++faults;
+      };
+      tickets[piece] = queue.enqueue(work, finished);
+      if (piece % 100 == 0) QCoreApplication::processEvents();
+      if (piece % 3 == 0) tickets[piece / 2] = Ticket();
+    }
+    QTRY_COMPARE(queue.pendingCount(), 0);
+    QCOMPARE(faults.load(), 0);
+    QCOMPARE(std::count(reported.begin() + kPieces / 2, reported.end(), 1), qsizetype(kPieces / 2));  // never dropped
+    QCOMPARE(::getpriority(PRIO_PROCESS, 0), mainNiceness);
   }
-  QCOMPARE(elsewhere, 0);
-  QCOMPARE(notBelowMain.load(), 0);
-  QCOMPARE(::getpriority(PRIO_PROCESS, 0), mainNiceness);
-}
+};
 
 QTEST_GUILESS_MAIN(BackgroundQueueTest)
 #include "BackgroundQueueTest.moc"

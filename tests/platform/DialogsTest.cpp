@@ -1,4 +1,3 @@
-#include <QApplication>
 #include <QFileDialog>
 #include <QLabel>
 #include <QMenu>
@@ -19,9 +18,12 @@ using namespace lumagrid;
 
 namespace {
 
+const TemporaryHome kHome;
+
 // Calls `answer` once a modal dialog is on screen.
 template <typename Dialog>
 void whenOpen(QTimer& timer, std::function<void(Dialog&)> answer) {
+  timer.disconnect();
   QObject::connect(&timer, &QTimer::timeout, &timer, [&timer, answer = std::move(answer)] {
     auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
     if (!dialog || !dialog->isVisible()) return;
@@ -40,204 +42,146 @@ QMenu* openMenu() {
 class DialogsTest : public QObject {
   Q_OBJECT
 
- private Q_SLOTS:
-  void initTestCase();
-  void alertAnswers_data();
-  void alertAnswers();
-  void alertShowsItsTextsAsTheyAre();
-  void chooserReturnsAnExistingFolder();
-  void chooserCancels();
-  void menuRunsTheChosenEntryAndThenCloses_data();
-  void menuRunsTheChosenEntryAndThenCloses();
-  void menuShowsItsEntriesAsTheyAre();
-  void openingAMenuClosesTheOneBefore();
-  void anActionMayOpenTheNextMenu();
-
  private:
   Appearance m_appearance{ColorScheme::light};
   WidgetPalette m_palette{m_appearance};
   QWindow m_window;
+  QTimer m_timer;
+  QtPopupMenu m_menu{m_palette};
+  QByteArrayList m_happened;  // in menus
+
+  MenuEntry entry(const char* title) {
+    return {.title = QString::fromLatin1(title),
+            .action = [this, title] { m_happened.append(openMenu() ? "still open" : title); }};
+  }
+  void open(std::vector<MenuEntry> entries, const char* closed) {
+    m_menu.open(&m_window, QPoint(10, 10), std::move(entries), [this, closed] { m_happened.append(closed); });
+  }
+
+ private Q_SLOTS:
+  void initTestCase() {
+    m_window.resize(400, 300);
+    m_window.show();
+    m_window.requestActivate();
+    QVERIFY(QTest::qWaitForWindowActive(&m_window));
+  }
+
+  void init() { m_happened.clear(); }
+
+  void alertAnswers_data() {
+    QTest::addColumn<QStringList>("buttons");
+    QTest::addColumn<std::function<void(QMessageBox&)>>("answer");
+    QTest::addColumn<int>("index");
+    const auto row = [](const char* sentence, const char* first, const char* second, int index,
+                        std::function<void(QMessageBox&)> answer) {
+      QTest::newRow(sentence) << QStringList{QLatin1String(first), QLatin1String(second)} << answer << index;
+    };
+    const auto key = [](Qt::Key pressed) { return [pressed](QMessageBox& box) { QTest::keyClick(&box, pressed); }; };
+    const auto click = [](const char* title) {
+      return [title](QMessageBox& box) {
+        for (auto* button : box.findChildren<QPushButton*>()) {
+          if (button->text() == QLatin1String(title)) QTest::mouseClick(button, Qt::LeftButton);
+        }
+      };
+    };
+    row("Return presses the first button", "Move to Trash", "Cancel", 0, key(Qt::Key_Return));
+    row("Esc presses Cancel", "Move to Trash", "Cancel", 1, key(Qt::Key_Escape));
+    row("closing presses Cancel", "Move to Trash", "Cancel", 1, [](QMessageBox& box) { box.close(); });
+    row("quitting is no confirmation", "Move to Trash", "Cancel", 1, [](QMessageBox& box) { box.done(-5); });
+    row("Cancel may stand first", "Cancel", "Go", 1, click("Go"));
+    row("an ampersand in a title is shown", "Keep", "A && B", 1, click("A &&&& B"));
+  }
+
+  void alertAnswers() {
+    QFETCH(QStringList, buttons);
+    QFETCH(std::function<void(QMessageBox&)>, answer);
+    const QString message = QStringLiteral("<b>x</b> & y &amp;");
+    const QString informative = QStringLiteral("\"<img src=x>&lt;\n<i>.jpg\" will be moved.");
+    QMap<QString, Qt::TextFormat> shown;
+    bool isAboveTheWindow = false;
+    whenOpen<QMessageBox>(m_timer, [&](QMessageBox& box) {
+      isAboveTheWindow = box.windowHandle()->transientParent() == &m_window && box.isModal();
+      for (const QLabel* label : box.findChildren<QLabel*>()) {
+        if (label->isVisible() && !label->text().isEmpty()) shown[label->text()] = label->textFormat();
+      }
+      answer(box);
+    });
+    QTEST(QtAlert(m_palette).runModal({message, informative, buttons}), "index");
+    QVERIFY(isAboveTheWindow);
+    QCOMPARE(shown, (QMap<QString, Qt::TextFormat>{{message, Qt::PlainText}, {informative, Qt::PlainText}}));
+  }
+
+  void chooserReturnsAnExistingFolder() {
+    const QByteArray folder = kHome.path() + "/Photos & <b>more";
+    QCOMPARE(::mkdir(folder.constData(), 0755), 0);
+    bool isFit = false;
+    whenOpen<QFileDialog>(m_timer, [&](QFileDialog& dialog) {
+      const auto* newFolder = dialog.findChild<QToolButton*>(QStringLiteral("newFolderButton"));
+      isFit = dialog.fileMode() == QFileDialog::Directory && dialog.windowTitle() == QStringLiteral("Title") &&
+              dialog.labelText(QFileDialog::Accept) == QStringLiteral("Choose") &&
+              dialog.windowHandle()->transientParent() == &m_window && newFolder &&
+              !(newFolder->isVisible() && newFolder->isEnabled());
+      dialog.setDirectory(QFile::decodeName(folder));
+      QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    const auto choose = [this] {
+      return QtFolderChooser(m_palette).chooseFolder(QStringLiteral("Title"), QStringLiteral("Choose"));
+    };
+    QCOMPARE(choose(), FileUrl::fromPath(folder));
+    QVERIFY(isFit);
+    whenOpen<QFileDialog>(m_timer, [](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    QCOMPARE(choose(), std::nullopt);
+  }
+
+  void menuRunsTheChosenEntryAndThenCloses_data() {
+    QTest::addColumn<QList<QKeyCombination>>("keys");
+    QTest::addColumn<QByteArrayList>("events");
+    const auto row = [](const char* sentence, const QList<QKeyCombination>& keys, const QByteArrayList& events) {
+      QTest::newRow(sentence) << keys << events;
+    };
+    row("a separator is stepped over", {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return}, {"second", "closed"});
+    row("an entry of a submenu", {Qt::Key_Up, Qt::Key_Right, Qt::Key_Return}, {"inner", "closed"});
+    row("Esc only closes", {Qt::Key_Down, Qt::Key_Escape}, {"closed"});
+    row("a shortcut is shown, and heard by nobody", {Qt::CTRL | Qt::Key_Q, Qt::Key_Escape}, {"closed"});
+  }
+
+  void menuRunsTheChosenEntryAndThenCloses() {
+    QFETCH(QList<QKeyCombination>, keys);
+    MenuEntry first = entry("Tom & Jerry\tfoo");
+    first.mark = MenuEntry::Mark::check;
+    MenuEntry second = entry("second");
+    second.shortcut = QStringLiteral("Ctrl+Q");
+    open({first, {}, second, {.title = QStringLiteral("More"), .submenu = {entry("inner")}}}, "closed");
+    QVERIFY(openMenu());
+    QCOMPARE(openMenu()->windowHandle()->transientParent(), &m_window);
+    const QList<QAction*> actions = openMenu()->actions();
+    QCOMPARE(actions[0]->text(), QStringLiteral("Tom && Jerry foo"));
+    QVERIFY(actions[0]->isChecked());
+    QCOMPARE(actions[2]->text(), QStringLiteral("second\tCtrl+Q"));
+    QVERIFY(!actions[2]->isCheckable());
+    for (const QKeyCombination key : keys) QTest::keyClick(openMenu(), key.key(), key.keyboardModifiers());
+    QTRY_VERIFY(m_happened.contains("closed"));
+    QTEST(m_happened, "events");
+    QVERIFY(!openMenu());
+  }
+
+  void oneMenuIsOpenAtATime() {
+    MenuEntry second = entry("second");
+    second.action = [this] { open({entry("third")}, "third closed"); };
+    open({entry("first")}, "first closed");
+    open({second}, "second closed");
+    QCOMPARE(m_happened, QByteArrayList{"first closed"});
+    QCoreApplication::processEvents();
+    QVERIFY(openMenu());
+    QTest::keyClick(openMenu(), Qt::Key_Down);
+    QTest::keyClick(openMenu(), Qt::Key_Return);
+    QTRY_COMPARE(m_happened, (QByteArrayList{"first closed", "second closed"}));
+    QVERIFY(openMenu());
+    QCOMPARE(openMenu()->actions().first()->text(), QStringLiteral("third"));
+    QTest::keyClick(openMenu(), Qt::Key_Escape);
+    QTRY_COMPARE(m_happened, (QByteArrayList{"first closed", "second closed", "third closed"}));
+  }
 };
 
-void DialogsTest::initTestCase() {
-  m_window.resize(400, 300);
-  m_window.show();
-  m_window.requestActivate();
-  QVERIFY(QTest::qWaitForWindowActive(&m_window));
-}
-
-void DialogsTest::alertAnswers_data() {
-  QTest::addColumn<QStringList>("buttons");
-  QTest::addColumn<std::function<void(QMessageBox&)>>("answer");
-  QTest::addColumn<int>("index");
-  const QStringList two = {QStringLiteral("Move to Trash"), QStringLiteral("Cancel")};
-  const auto key = [](Qt::Key pressed) {
-    return std::function<void(QMessageBox&)>([pressed](QMessageBox& box) { QTest::keyClick(&box, pressed); });
-  };
-  const auto click = [](const QString& title) {
-    return std::function<void(QMessageBox&)>([title](QMessageBox& box) {
-      for (auto* button : box.findChildren<QPushButton*>()) {
-        if (button->text() == title) QTest::mouseClick(button, Qt::LeftButton);
-      }
-    });
-  };
-  QTest::newRow("Return presses the first button") << two << key(Qt::Key_Return) << 0;
-  QTest::newRow("Esc presses Cancel") << two << key(Qt::Key_Escape) << 1;
-  QTest::newRow("closing presses Cancel")
-      << two << std::function<void(QMessageBox&)>([](QMessageBox& box) { box.close(); }) << 1;
-  QTest::newRow("a click presses its button") << two << click(QStringLiteral("Cancel")) << 1;
-  QTest::newRow("Cancel may stand first")
-      << QStringList{QStringLiteral("Cancel"), QStringLiteral("Go")} << click(QStringLiteral("Go")) << 1;
-  QTest::newRow("an ampersand in a title is shown")
-      << QStringList{QStringLiteral("Keep"), QStringLiteral("A && B")} << click(QStringLiteral("A &&&& B")) << 1;
-  QTest::newRow("quitting is no confirmation")
-      << two << std::function<void(QMessageBox&)>([](QMessageBox& box) { box.done(-5); }) << 1;
-}
-
-void DialogsTest::alertAnswers() {
-  QFETCH(QStringList, buttons);
-  QFETCH(std::function<void(QMessageBox&)>, answer);
-  QFETCH(int, index);
-  QTimer timer;
-  bool isAboveTheWindow = false;
-  whenOpen<QMessageBox>(timer, [&](QMessageBox& box) {
-    isAboveTheWindow = box.windowHandle()->transientParent() == &m_window && box.isModal();
-    answer(box);
-  });
-  QCOMPARE(QtAlert(m_palette).runModal({QStringLiteral("Question?"), QStringLiteral("Details."), buttons}), index);
-  QVERIFY(isAboveTheWindow);
-}
-
-void DialogsTest::alertShowsItsTextsAsTheyAre() {
-  const QString message = QStringLiteral("<b>x</b> & y &amp;");
-  const QString informative = QStringLiteral("\"<img src=x>&lt;\n<i>.jpg\" will be moved.");
-  QTimer timer;
-  QMap<QString, Qt::TextFormat> shown;
-  whenOpen<QMessageBox>(timer, [&shown](QMessageBox& box) {
-    for (const QLabel* label : box.findChildren<QLabel*>()) {
-      if (label->isVisible() && !label->text().isEmpty()) shown[label->text()] = label->textFormat();
-    }
-    QTest::keyClick(&box, Qt::Key_Escape);
-  });
-  QCOMPARE(QtAlert(m_palette).runModal({message, informative, {QStringLiteral("Cancel")}}), 0);
-  const QMap<QString, Qt::TextFormat> expected = {{message, Qt::PlainText}, {informative, Qt::PlainText}};
-  QCOMPARE(shown, expected);
-}
-
-void DialogsTest::chooserReturnsAnExistingFolder() {
-  const QByteArray folder = qgetenv("HOME") + "/Photos & <b>more";
-  QCOMPARE(::mkdir(folder.constData(), 0755), 0);
-  QTimer timer;
-  bool isFit = false;
-  whenOpen<QFileDialog>(timer, [&](QFileDialog& dialog) {
-    const auto* newFolder = dialog.findChild<QToolButton*>(QStringLiteral("newFolderButton"));
-    isFit = dialog.fileMode() == QFileDialog::Directory && dialog.windowTitle() == QStringLiteral("Choose a folder") &&
-            dialog.labelText(QFileDialog::Accept) == QStringLiteral("Choose") &&
-            dialog.windowHandle()->transientParent() == &m_window && newFolder &&
-            !(newFolder->isVisible() && newFolder->isEnabled());
-    dialog.setDirectory(QFile::decodeName(folder));
-    QMetaObject::invokeMethod(&dialog, "accept");
-  });
-  const auto chosen =
-      QtFolderChooser(m_palette).chooseFolder(QStringLiteral("Choose a folder"), QStringLiteral("Choose"));
-  QVERIFY(isFit);
-  QVERIFY(chosen.has_value());
-  QCOMPARE(chosen->path(), folder);
-}
-
-void DialogsTest::chooserCancels() {
-  QTimer timer;
-  whenOpen<QFileDialog>(timer, [](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
-  QVERIFY(!QtFolderChooser(m_palette).chooseFolder(QStringLiteral("Choose"), QStringLiteral("Choose")));
-}
-
-void DialogsTest::menuRunsTheChosenEntryAndThenCloses_data() {
-  QTest::addColumn<QList<Qt::Key>>("keys");
-  QTest::addColumn<QByteArrayList>("events");
-  QTest::newRow("Return takes the entry") << QList{Qt::Key_Down, Qt::Key_Return} << QByteArrayList{"first", "closed"};
-  QTest::newRow("a separator is stepped over")
-      << QList{Qt::Key_Down, Qt::Key_Down, Qt::Key_Return} << QByteArrayList{"second", "closed"};
-  QTest::newRow("an entry of a submenu") << QList{Qt::Key_Up, Qt::Key_Right, Qt::Key_Return}
-                                         << QByteArrayList{"inner", "closed"};
-  QTest::newRow("Esc only closes") << QList{Qt::Key_Down, Qt::Key_Escape} << QByteArrayList{"closed"};
-}
-
-void DialogsTest::menuRunsTheChosenEntryAndThenCloses() {
-  QFETCH(QList<Qt::Key>, keys);
-  QFETCH(QByteArrayList, events);
-  QByteArrayList happened;
-  const auto entry = [&happened](const QString& title, const QByteArray& event) {
-    return MenuEntry{.title = title,
-                     .action = [&happened, event] { happened.append(openMenu() ? "still open" : event); }};
-  };
-  QtPopupMenu menu(m_palette);
-  menu.open(&m_window, QPoint(10, 10),
-            {entry(QStringLiteral("First"), "first"),
-             {},
-             entry(QStringLiteral("Second"), "second"),
-             {.title = QStringLiteral("More"), .submenu = {entry(QStringLiteral("Inner"), "inner")}}},
-            [&happened] { happened.append("closed"); });
-  QVERIFY(openMenu());
-  QCOMPARE(openMenu()->windowHandle()->transientParent(), &m_window);
-  for (const Qt::Key key : keys) QTest::keyClick(openMenu(), key);
-  QTRY_COMPARE(happened, events);
-  QVERIFY(!openMenu());
-}
-
-void DialogsTest::menuShowsItsEntriesAsTheyAre() {
-  QtPopupMenu menu(m_palette);
-  int fired = 0;
-  menu.open(&m_window, QPoint(10, 10),
-            {{.title = QStringLiteral("Tom & Jerry\tfoo"), .mark = MenuEntry::Mark::check, .action = [] {}},
-             {.title = QStringLiteral("Quit"), .shortcut = QStringLiteral("Ctrl+Q"), .action = [&fired] { ++fired; }}},
-            [] {});
-  QVERIFY(openMenu());
-  const QList<QAction*> actions = openMenu()->actions();
-  QCOMPARE(actions.size(), 2);
-  QCOMPARE(actions[0]->text(), QStringLiteral("Tom && Jerry foo"));
-  QVERIFY(actions[0]->isChecked());
-  QCOMPARE(actions[1]->text(), QStringLiteral("Quit\tCtrl+Q"));
-  QVERIFY(!actions[1]->isCheckable());
-  QTest::keyClick(openMenu(), Qt::Key_Q, Qt::ControlModifier);
-  QTest::keyClick(&m_window, Qt::Key_Q, Qt::ControlModifier);
-  QCoreApplication::processEvents();
-  QCOMPARE(fired, 0);
-}
-
-void DialogsTest::openingAMenuClosesTheOneBefore() {
-  QByteArrayList happened;
-  QtPopupMenu menu(m_palette);
-  const MenuEntry entry = {.title = QStringLiteral("x"), .action = [] {}};
-  menu.open(&m_window, QPoint(10, 10), {entry}, [&happened] { happened.append("first closed"); });
-  menu.open(&m_window, QPoint(20, 20), {entry}, [&happened] { happened.append("second closed"); });
-  QCOMPARE(happened, QByteArrayList{"first closed"});
-  QCoreApplication::processEvents();
-  QVERIFY(openMenu());
-  QTest::keyClick(openMenu(), Qt::Key_Escape);
-  QTRY_COMPARE(happened, (QByteArrayList{"first closed", "second closed"}));
-}
-
-void DialogsTest::anActionMayOpenTheNextMenu() {
-  int closed = 0;
-  QtPopupMenu menu(m_palette);
-  const MenuEntry inner = {.title = QStringLiteral("inner"), .action = [] {}};
-  const auto openNext = [&] { menu.open(&m_window, QPoint(20, 20), {inner}, [&closed] { ++closed; }); };
-  menu.open(&m_window, QPoint(10, 10), {{.title = QStringLiteral("outer"), .action = openNext}},
-            [&closed] { ++closed; });
-  QTest::keyClick(openMenu(), Qt::Key_Down);
-  QTest::keyClick(openMenu(), Qt::Key_Return);
-  QTRY_COMPARE(closed, 1);
-  QVERIFY(openMenu());
-  QCOMPARE(openMenu()->actions().first()->text(), QStringLiteral("inner"));
-  QTest::keyClick(openMenu(), Qt::Key_Escape);
-  QTRY_COMPARE(closed, 2);
-}
-
-int main(int argc, char** argv) {
-  const TemporaryHome home;
-  QApplication application(argc, argv);
-  DialogsTest test;
-  return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(DialogsTest)
 #include "DialogsTest.moc"

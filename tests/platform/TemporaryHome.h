@@ -12,11 +12,12 @@
 class TemporaryHome {
  public:
   TemporaryHome() {
-    constexpr uid_t kNobody = 65534;
     if (!m_folder.isValid()) qFatal("No temporary folder");
-    if (::geteuid() == 0 && (::chown(path().constData(), kNobody, kNobody) != 0 || ::setgroups(0, nullptr) != 0 ||
-                             ::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) {
-      qFatal("Cannot drop privileges");
+    if (::geteuid() == 0) {
+      giveToNobody(path());
+      if (::setgroups(0, nullptr) != 0 || ::setgid(kNobody) != 0 || ::setuid(kNobody) != 0) {
+        qFatal("Cannot drop privileges");
+      }
     }
     qputenv("HOME", path());
     qputenv("XDG_DATA_HOME", path() + "/data");
@@ -26,9 +27,16 @@ class TemporaryHome {
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
   }
 
+  // For root alone.
+  static void giveToNobody(const QByteArray& path) {
+    if (::chown(path.constData(), kNobody, kNobody) != 0) qFatal("Cannot change an owner");
+  }
+
   [[nodiscard]] QByteArray path() const { return QFile::encodeName(m_folder.path()); }
 
  private:
+  static constexpr uid_t kNobody = 65534;
+
   QTemporaryDir m_folder;
 };
 

@@ -1,5 +1,5 @@
 #include <QDateTime>
-#include <QTemporaryFile>
+#include <QStorageInfo>
 #include <QTest>
 
 #include "GioTrash.h"
@@ -19,7 +19,24 @@ using namespace lumagrid;
 
 namespace {
 
-constexpr int kLongestName = 255;
+// On another file system than temporary folders, made while this process may still be root's; null where there is none
+// to write to.
+std::unique_ptr<QTemporaryDir> folderOnAnotherFileSystem() {
+  struct stat home = {};
+  if (::stat(QFile::encodeName(QDir::tempPath()).constData(), &home) != 0) return nullptr;
+  for (const QByteArray parent : {"/dev/shm", "/run", "/tmp", "/var/tmp", "/dev"}) {
+    struct stat other = {};
+    if (::stat(parent.constData(), &other) != 0 || other.st_dev == home.st_dev) continue;
+    auto folder = std::make_unique<QTemporaryDir>(QFile::decodeName(parent + "/lumagrid-XXXXXX"));
+    if (!folder->isValid()) continue;
+    if (::geteuid() == 0) TemporaryHome::giveToNobody(QFile::encodeName(folder->path()));
+    return folder;
+  }
+  return nullptr;
+}
+
+const std::unique_ptr<QTemporaryDir> kOtherFileSystem = folderOnAnotherFileSystem();
+const TemporaryHome kHome;
 
 }  // namespace
 
@@ -28,125 +45,100 @@ constexpr int kLongestName = 255;
 class TrashTest : public QObject {
   Q_OBJECT
 
- private Q_SLOTS:
-  void movesOrLeavesWhole_data();
-  void movesOrLeavesWhole();
-  void twoFilesOfOneNameAreBothKept();
-  void aLinkGoesAndItsTargetStays();
-  void aFileThatIsGoneIsRefused();
-  void aFolderThatCannotBeWrittenKeepsItsFile();
-  void aFileSystemInMemoryKeepsItsFileOrHasATrash();
-
  private:
-  const QByteArray m_home = qgetenv("HOME");
   const QByteArray m_trash = qgetenv("XDG_DATA_HOME") + "/Trash";
+
+  // Refused with a reason, and untouched.
+  [[nodiscard]] bool isLeftWhole(const QByteArray& path) const {
+    const QByteArray name = path.split('/').last();
+    const std::optional<QByteArray> content = readFile(path);
+    const std::optional<QString> reason = GioTrash().trashItem(FileUrl::fromPath(path));
+    return reason && !reason->isEmpty() && readFile(path) == content && !readFile(m_trash + "/files/" + name) &&
+           !readFile(m_trash + "/info/" + name + ".trashinfo");
+  }
+
+ private Q_SLOTS:
+  void movesWholeWithARecord_data() {
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("an ordinary file") << QByteArray("photo.jpg");
+    QTest::newRow("a name that is not UTF-8") << QByteArray("caf\xE9.jpg");
+    QTest::newRow("a name with line breaks, percent signs and brackets") << QByteArray("a\nb %41 [x]=;.jpg");
+    QTest::newRow("a name that starts with a dash") << QByteArray("-rf");
+  }
+
+  void movesWholeWithARecord() {
+    QFETCH(QByteArray, name);
+    const QByteArray path = kHome.path() + '/' + name;
+    QVERIFY(writeFile(path, "content of " + name));
+    const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
+    QCOMPARE(GioTrash().trashItem(FileUrl::fromPath(path)), std::nullopt);
+    QCOMPARE(readFile(path), std::nullopt);
+    QCOMPARE(readFile(m_trash + "/files/" + name), "content of " + name);
+    const QByteArrayList record = readFile(m_trash + "/info/" + name + ".trashinfo").value_or(QByteArray()).split('\n');
+    QVERIFY(record.size() >= 3 && record[0] == "[Trash Info]");
+    QCOMPARE(QByteArray::fromPercentEncoding(record[1]), "Path=" + path);
+    const auto date =
+        QDateTime::fromString(QString::fromLatin1(record[2]), QStringLiteral("'DeletionDate='yyyy-MM-ddTHH:mm:ss"));
+    QVERIFY(date >= before && date <= QDateTime::currentDateTime());
+  }
+
+  void twoFilesOfOneNameAreBothKept() {
+    for (const char* content : {"first", "second"}) {
+      QVERIFY(writeFile(kHome.path() + "/twin.jpg", content));
+      QCOMPARE(GioTrash().trashItem(FileUrl::fromPath(kHome.path() + "/twin.jpg")), std::nullopt);
+    }
+    QByteArrayList contents;
+    const QDir files(QFile::decodeName(m_trash + "/files"));
+    for (const QString& twin : files.entryList({QStringLiteral("twin*")}, QDir::Files)) {
+      contents.append(readFile(QFile::encodeName(files.filePath(twin))).value_or(QByteArray()));
+      QVERIFY(readFile(m_trash + "/info/" + QFile::encodeName(twin) + ".trashinfo"));
+    }
+    std::sort(contents.begin(), contents.end());
+    QCOMPARE(contents, (QByteArrayList{"first", "second"}));
+  }
+
+  void aLinkGoesAndItsTargetStays() {
+    QVERIFY(writeFile(kHome.path() + "/target.jpg", "x"));
+    QCOMPARE(::symlink("target.jpg", (kHome.path() + "/link.jpg").constData()), 0);
+    QCOMPARE(GioTrash().trashItem(FileUrl::fromPath(kHome.path() + "/link.jpg")), std::nullopt);
+    QCOMPARE(readFile(kHome.path() + "/link.jpg"), std::nullopt);
+    QCOMPARE(readFile(kHome.path() + "/target.jpg"), "x");
+  }
+
+  void leavesWholeWhatItCannotMove() {
+    QVERIFY(isLeftWhole(kHome.path() + "/gone.jpg"));
+    const QByteArray longest = kHome.path() + '/' + QByteArray(251, 'n') + ".jpg";  // no room for its record's name
+    QVERIFY(writeFile(longest, "x"));
+    QVERIFY(isLeftWhole(longest));
+    const QByteArray folder = kHome.path() + "/locked";
+    QCOMPARE(::mkdir(folder.constData(), 0700), 0);
+    QVERIFY(writeFile(folder + "/locked.jpg", "x"));
+    QCOMPARE(::chmod(folder.constData(), 0500), 0);
+    const bool isLeft = isLeftWhole(folder + "/locked.jpg");
+    QCOMPARE(::chmod(folder.constData(), 0700), 0);
+    QVERIFY(isLeft);
+  }
+
+  // Never as a copy in the home's Trash.
+  void anotherFileSystemKeepsItsFileOrHasATrash() {
+    QVERIFY2(kOtherFileSystem, "There is no other file system than the home's to write to");
+    const QString folder = kOtherFileSystem->path();
+    const QByteArray name = QFile::encodeName(QFileInfo(folder).fileName()) + ".jpg";
+    const QByteArray path = QFile::encodeName(folder) + '/' + name;
+    QVERIFY(writeFile(path, "x"));
+    if (isLeftWhole(path)) return;
+    QCOMPARE(readFile(path), std::nullopt);
+    QCOMPARE(readFile(m_trash + "/files/" + name), std::nullopt);
+    const QByteArray root = QFile::encodeName(QStorageInfo(folder).rootPath());
+    const QByteArray own = root + "/.Trash-" + QByteArray::number(::getuid());
+    const QByteArray moved = own + "/files/" + name;
+    const QByteArray record = own + "/info/" + name + ".trashinfo";
+    QCOMPARE(readFile(moved), "x");
+    QVERIFY(readFile(record));
+    ::unlink(moved.constData());
+    ::unlink(record.constData());
+  }
 };
 
-void TrashTest::movesOrLeavesWhole_data() {
-  QTest::addColumn<QByteArray>("name");
-  QTest::addColumn<bool>("moves");
-  QTest::newRow("an ordinary file") << QByteArray("photo.jpg") << true;
-  QTest::newRow("a name that is not UTF-8") << QByteArray("caf\xE9.jpg") << true;
-  QTest::newRow("a name with line breaks, percent signs and brackets") << QByteArray("a\nb %41 [x]=;.jpg") << true;
-  QTest::newRow("a name that starts with a dash") << QByteArray("-rf") << true;
-  QTest::newRow("a name that leaves no room for its record") << QByteArray(kLongestName - 4, 'n') + ".jpg" << false;
-}
-
-void TrashTest::movesOrLeavesWhole() {
-  QFETCH(QByteArray, name);
-  QFETCH(bool, moves);
-  const QByteArray path = m_home + '/' + name;
-  QVERIFY(writeFile(path, "content of " + name));
-  const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
-
-  const std::optional<QString> reason = GioTrash().trashItem(FileUrl::fromPath(path));
-  QCOMPARE(!reason, moves);
-  if (!moves) {
-    QVERIFY(!reason->isEmpty());
-    QCOMPARE(readFile(path), "content of " + name);
-    QCOMPARE(readFile(m_trash + "/files/" + name), std::nullopt);
-    return;
-  }
-  QCOMPARE(readFile(path), std::nullopt);
-  QCOMPARE(readFile(m_trash + "/files/" + name), "content of " + name);
-  const QByteArrayList record = readFile(m_trash + "/info/" + name + ".trashinfo").value_or(QByteArray()).split('\n');
-  QVERIFY(record.size() >= 3);
-  QCOMPARE(record[0], QByteArray("[Trash Info]"));
-  QVERIFY(record[1].startsWith("Path="));
-  QCOMPARE(QByteArray::fromPercentEncoding(record[1].sliced(5)), path);
-  QVERIFY(record[2].startsWith("DeletionDate="));
-  const QDateTime date = QDateTime::fromString(QString::fromLatin1(record[2].sliced(13)), Qt::ISODate);
-  QVERIFY(date >= before && date <= QDateTime::currentDateTime());
-}
-
-void TrashTest::twoFilesOfOneNameAreBothKept() {
-  for (const char* content : {"first", "second"}) {
-    QVERIFY(writeFile(m_home + "/twin.jpg", content));
-    QCOMPARE(GioTrash().trashItem(FileUrl::fromPath(m_home + "/twin.jpg")), std::nullopt);
-  }
-  QCOMPARE(readFile(m_trash + "/files/twin.jpg"), "first");
-  const QStringList twins =
-      QDir(QFile::decodeName(m_trash + "/files")).entryList({QStringLiteral("twin*")}, QDir::Files);
-  QCOMPARE(twins.size(), 2);
-  for (const QString& twin : twins) {
-    QVERIFY(readFile(m_trash + "/info/" + QFile::encodeName(twin) + ".trashinfo"));
-  }
-}
-
-void TrashTest::aLinkGoesAndItsTargetStays() {
-  QVERIFY(writeFile(m_home + "/target.jpg", "x"));
-  QCOMPARE(::symlink("target.jpg", (m_home + "/link.jpg").constData()), 0);
-  QCOMPARE(GioTrash().trashItem(FileUrl::fromPath(m_home + "/link.jpg")), std::nullopt);
-  QCOMPARE(readFile(m_home + "/link.jpg"), std::nullopt);
-  QCOMPARE(readFile(m_home + "/target.jpg"), "x");
-}
-
-void TrashTest::aFileThatIsGoneIsRefused() {
-  const std::optional<QString> reason = GioTrash().trashItem(FileUrl::fromPath(m_home + "/gone.jpg"));
-  QVERIFY(reason && !reason->isEmpty());
-  QCOMPARE(readFile(m_trash + "/info/gone.jpg.trashinfo"), std::nullopt);
-}
-
-void TrashTest::aFolderThatCannotBeWrittenKeepsItsFile() {
-  const QByteArray folder = m_home + "/locked";
-  QCOMPARE(::mkdir(folder.constData(), 0700), 0);
-  QVERIFY(writeFile(folder + "/photo-locked.jpg", "x"));
-  QCOMPARE(::chmod(folder.constData(), 0500), 0);
-  const std::optional<QString> reason = GioTrash().trashItem(FileUrl::fromPath(folder + "/photo-locked.jpg"));
-  QCOMPARE(::chmod(folder.constData(), 0700), 0);
-  QVERIFY(reason && !reason->isEmpty());
-  QCOMPARE(readFile(folder + "/photo-locked.jpg"), "x");
-  QCOMPARE(readFile(m_trash + "/files/photo-locked.jpg"), std::nullopt);
-  QCOMPARE(readFile(m_trash + "/info/photo-locked.jpg.trashinfo"), std::nullopt);
-}
-
-void TrashTest::aFileSystemInMemoryKeepsItsFileOrHasATrash() {
-  struct stat memory = {};
-  struct stat home = {};
-  if (::stat("/dev/shm", &memory) != 0 || ::stat(m_home.constData(), &home) != 0 || memory.st_dev == home.st_dev) {
-    QSKIP("No file system in memory beside the home's");
-  }
-  const QTemporaryDir folder(QStringLiteral("/dev/shm/lumagrid-XXXXXX"));
-  const QByteArray path = QFile::encodeName(folder.path()) + "/photo.jpg";
-  QVERIFY(writeFile(path, "x"));
-  if (const std::optional<QString> reason = GioTrash().trashItem(FileUrl::fromPath(path))) {
-    QVERIFY(!reason->isEmpty());
-    QCOMPARE(readFile(path), "x");
-  } else {
-    const QByteArray own = "/dev/shm/.Trash-" + QByteArray::number(::getuid());
-    QCOMPARE(readFile(path), std::nullopt);
-    QCOMPARE(readFile(own + "/files/photo.jpg"), "x");
-    QVERIFY(readFile(own + "/info/photo.jpg.trashinfo"));
-    QVERIFY(QDir(QFile::decodeName(own)).removeRecursively());
-  }
-  QCOMPARE(readFile(m_trash + "/files/photo.jpg"), "content of photo.jpg");  // never a copy into the home's
-}
-
-int main(int argc, char** argv) {
-  const TemporaryHome home;
-  QCoreApplication application(argc, argv);
-  TrashTest test;
-  return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_GUILESS_MAIN(TrashTest)
 #include "TrashTest.moc"
