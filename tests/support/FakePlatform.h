@@ -18,8 +18,7 @@
 // their names alone.
 namespace lumagrid {
 
-class FakeImageDecoder : public ImageDecoder {
- public:
+struct FakeImageDecoder : ImageDecoder {
   QSet<QString> damaged;
   QStringList decoded;
 
@@ -37,8 +36,7 @@ class FakeImageDecoder : public ImageDecoder {
   [[nodiscard]] static QString nameOf(const QImage& image) { return image.text(QStringLiteral("name")); }
 };
 
-class FakeTrash : public Trash {
- public:
+struct FakeTrash : Trash {
   QSet<QString> stuck;
   QStringList moved;
 
@@ -49,8 +47,7 @@ class FakeTrash : public Trash {
   }
 };
 
-class FakeFolderChooser : public FolderChooser {
- public:
+struct FakeFolderChooser : FolderChooser {
   std::optional<FileUrl> answer;
   std::function<void()> whileOpen = [] {};
   QStringList asked;
@@ -62,8 +59,7 @@ class FakeFolderChooser : public FolderChooser {
   }
 };
 
-class FakeAlert : public Alert {
- public:
+struct FakeAlert : Alert {
   int answer = 0;
   std::function<void()> whileOpen = [] {};
   QList<QStringList> asked;  // each: the message, the information, the buttons
@@ -75,8 +71,7 @@ class FakeAlert : public Alert {
   }
 };
 
-class FakeScopedAccess : public ScopedAccess {
- public:
+struct FakeScopedAccess : ScopedAccess {
   bool grants = true;
   QStringList log;
 
@@ -87,8 +82,7 @@ class FakeScopedAccess : public ScopedAccess {
   void stop(const FileUrl& folder) override { log.append(QStringLiteral("stop ") + folder.displayName()); }
 };
 
-class FakePreferences : public Preferences {
- public:
+struct FakePreferences : Preferences {
   QMap<QString, QStringList> values;
   int writes = 0;
 
@@ -105,8 +99,7 @@ class FakePreferences : public Preferences {
   }
 };
 
-class FakePopupMenu : public PopupMenu {
- public:
+struct FakePopupMenu : PopupMenu {
   QPoint position;
   std::vector<MenuEntry> entries;  // of the menu opened last
 

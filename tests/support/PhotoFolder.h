@@ -1,6 +1,5 @@
 #pragma once
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -41,13 +40,7 @@ class PhotoFolder {
 
   // The names in the order in which the system lists them.
   [[nodiscard]] QStringList listed() const {
-    QStringList names;
-    DIR* directory = ::opendir(url().path().constData());
-    while (const dirent* entry = ::readdir(directory)) {
-      if (entry->d_name[0] != '.') names.append(QFile::decodeName(entry->d_name));
-    }
-    ::closedir(directory);
-    return names;
+    return QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Unsorted);
   }
 
  private:
