@@ -12,96 +12,67 @@ class ThumbnailStoreTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
-  void isBounded_data();
-  void isBounded();
-  void wholePixelsAreTheKey();
-  void whatFailsIsTriedAgain();
-  void aFileThatIsReplacedKeepsItsThumbnail();
-  void theLeastRecentlyUsedGoesFirst();
-  void servesManyThreads();
+  void isBoundedInWholePixels() {
+    const FileUrl file = m_folder.add(QStringLiteral("portrait.png"), samplePhoto({1000, 1500}));
+    QVERIFY(ThumbnailStore::cachedThumbnail(file, 480).isNull());
+    const QImage thumbnail = ThumbnailStore::thumbnail(file, 480.0);
+    QCOMPARE(thumbnail.size(), QSize(320, 480));
+    QCOMPARE(ThumbnailStore::cachedThumbnail(file, 480.9).cacheKey(), thumbnail.cacheKey());
+    QVERIFY(ThumbnailStore::cachedThumbnail(file, 481).isNull());
+    QCOMPARE(ThumbnailStore::thumbnail(file, 481.99).height(), 481);
+    QCOMPARE(ThumbnailStore::thumbnail(file, 480).cacheKey(), thumbnail.cacheKey());
+    QCOMPARE(ThumbnailStore::thumbnail(file, 2000).size(), QSize(1000, 1500));  // never scaled up
+  }
+
+  void whatFailsIsTriedAgain() {
+    const QString name = QStringLiteral("late.png");
+    QVERIFY(ThumbnailStore::thumbnail(m_folder.url(name), 240).isNull());
+    const FileUrl file = m_folder.add(name, QByteArrayLiteral("no picture at all"));
+    QVERIFY(ThumbnailStore::thumbnail(file, 240).isNull());
+    const QByteArray photo = samplePhoto({300, 300});
+    (void)m_folder.add(name, photo.first(photo.size() / 4));
+    QVERIFY(ThumbnailStore::thumbnail(file, 240).isNull());
+    QVERIFY(ThumbnailStore::cachedThumbnail(file, 240).isNull());
+    (void)m_folder.add(name, photo);
+    QCOMPARE(ThumbnailStore::thumbnail(file, 240).width(), 240);
+  }
+
+  void aFileThatIsReplacedKeepsItsThumbnail() {
+    const QString name = QStringLiteral("replaced.png");
+    const FileUrl file = m_folder.add(name, samplePhoto({300, 300}, Qt::red));
+    const QImage red = ThumbnailStore::thumbnail(file, 240);
+    (void)m_folder.add(name, samplePhoto({300, 300}, Qt::blue));
+    QCOMPARE(ThumbnailStore::thumbnail(file, 240).cacheKey(), red.cacheKey());
+    QCOMPARE(ThumbnailStore::thumbnail(file, 250).pixelColor(9, 9), QColor(Qt::blue));  // another bound, another look
+  }
+
+  // Two of three pictures of 40 MB fit into the cache.
+  void theLeastRecentlyUsedGoesFirst() {
+    const QByteArray photo = samplePhoto({3200, 3200}, Qt::gray, "BMP");
+    QList<FileUrl> files;
+    for (const char* name : {"a.bmp", "b.bmp", "c.bmp"}) files.append(m_folder.add(QString::fromLatin1(name), photo));
+    QVERIFY(!ThumbnailStore::thumbnail(files[0], 4000).isNull());
+    QVERIFY(!ThumbnailStore::thumbnail(files[1], 4000).isNull());
+    QVERIFY(!ThumbnailStore::cachedThumbnail(files[0], 4000).isNull());
+    QVERIFY(!ThumbnailStore::thumbnail(files[2], 4000).isNull());
+    QVERIFY(ThumbnailStore::cachedThumbnail(files[1], 4000).isNull());
+    QVERIFY(!ThumbnailStore::cachedThumbnail(files[0], 4000).isNull());
+  }
+
+  void servesManyThreads() {
+    const FileUrl file = m_folder.add(QStringLiteral("many.png"), samplePhoto({800, 400}));
+    std::vector<QSize> sizes(16);
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+      threads.emplace_back([&, i] { sizes[i] = ThumbnailStore::thumbnail(file, 240 + double(i % 2) * 160).size(); });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (std::size_t i = 0; i < sizes.size(); ++i) QCOMPARE(sizes[i], i % 2 ? QSize(400, 200) : QSize(240, 120));
+  }
 
  private:
   PhotoFolder m_folder;
 };
-
-void ThumbnailStoreTest::isBounded_data() {
-  QTest::addColumn<QSize>("photo");
-  QTest::addColumn<double>("bound");
-  QTest::addColumn<QSize>("thumbnail");
-  QTest::newRow("landscape") << QSize(1500, 1000) << 480.0 << QSize(480, 320);
-  QTest::newRow("portrait") << QSize(1000, 1500) << 480.0 << QSize(320, 480);
-  QTest::newRow("the fraction is cut off") << QSize(1000, 1000) << 241.99 << QSize(241, 241);
-  QTest::newRow("a small photo keeps its size") << QSize(30, 20) << 480.0 << QSize(30, 20);
-}
-
-void ThumbnailStoreTest::isBounded() {
-  QFETCH(QSize, photo);
-  QFETCH(double, bound);
-  const FileUrl file =
-      m_folder.add(QStringLiteral("%1.png").arg(QLatin1String(QTest::currentDataTag())), samplePhoto(photo));
-  const QImage thumbnail = ThumbnailStore::thumbnail(file, bound);
-  QTEST(thumbnail.size(), "thumbnail");
-  QCOMPARE(thumbnail.devicePixelRatio(), 1.0);  // a point for each pixel
-}
-
-void ThumbnailStoreTest::wholePixelsAreTheKey() {
-  const FileUrl file = m_folder.add(QStringLiteral("key.png"), samplePhoto({600, 600}));
-  QVERIFY(ThumbnailStore::cachedThumbnail(file, 480).isNull());
-  const QImage thumbnail = ThumbnailStore::thumbnail(file, 480.0);
-  QCOMPARE(ThumbnailStore::cachedThumbnail(file, 480.9).cacheKey(), thumbnail.cacheKey());
-  QCOMPARE(ThumbnailStore::thumbnail(file, 480.9).cacheKey(), thumbnail.cacheKey());
-  QVERIFY(ThumbnailStore::cachedThumbnail(file, 481).isNull());
-  QCOMPARE(ThumbnailStore::thumbnail(file, 481).width(), 481);
-  QCOMPARE(ThumbnailStore::cachedThumbnail(file, 480).cacheKey(), thumbnail.cacheKey());
-}
-
-void ThumbnailStoreTest::whatFailsIsTriedAgain() {
-  const QString name = QStringLiteral("late.png");
-  QVERIFY(ThumbnailStore::thumbnail(m_folder.url(name), 240).isNull());
-  const FileUrl file = m_folder.add(name, QByteArrayLiteral("no picture at all"));
-  QVERIFY(ThumbnailStore::thumbnail(file, 240).isNull());
-  const QByteArray photo = samplePhoto({300, 300});
-  (void)m_folder.add(name, photo.first(photo.size() / 4));
-  QVERIFY(ThumbnailStore::thumbnail(file, 240).isNull());
-  QVERIFY(ThumbnailStore::cachedThumbnail(file, 240).isNull());
-  (void)m_folder.add(name, photo);
-  QCOMPARE(ThumbnailStore::thumbnail(file, 240).width(), 240);
-}
-
-void ThumbnailStoreTest::aFileThatIsReplacedKeepsItsThumbnail() {
-  const QString name = QStringLiteral("replaced.png");
-  const FileUrl file = m_folder.add(name, samplePhoto({300, 300}, Qt::red));
-  const QImage red = ThumbnailStore::thumbnail(file, 240);
-  (void)m_folder.add(name, samplePhoto({300, 300}, Qt::blue));
-  QCOMPARE(ThumbnailStore::thumbnail(file, 240).cacheKey(), red.cacheKey());
-  QCOMPARE(ThumbnailStore::thumbnail(file, 250).pixelColor(9, 9), QColor(Qt::blue));  // another bound, another look
-  QVERIFY(QFile::remove(QFile::decodeName(file.path())));
-  QCOMPARE(ThumbnailStore::thumbnail(file, 240).cacheKey(), red.cacheKey());
-}
-
-// Two of three pictures of 40 MB fit into the cache.
-void ThumbnailStoreTest::theLeastRecentlyUsedGoesFirst() {
-  const QByteArray photo = samplePhoto({3200, 3200}, Qt::gray, "BMP");
-  QList<FileUrl> files;
-  for (const char* name : {"a.bmp", "b.bmp", "c.bmp"}) files.append(m_folder.add(QString::fromLatin1(name), photo));
-  QVERIFY(!ThumbnailStore::thumbnail(files[0], 4000).isNull());
-  QVERIFY(!ThumbnailStore::thumbnail(files[1], 4000).isNull());
-  QVERIFY(!ThumbnailStore::cachedThumbnail(files[0], 4000).isNull());
-  QVERIFY(!ThumbnailStore::thumbnail(files[2], 4000).isNull());
-  QVERIFY(ThumbnailStore::cachedThumbnail(files[1], 4000).isNull());
-  QVERIFY(!ThumbnailStore::cachedThumbnail(files[0], 4000).isNull());
-}
-
-void ThumbnailStoreTest::servesManyThreads() {
-  const FileUrl file = m_folder.add(QStringLiteral("many.png"), samplePhoto({800, 400}));
-  std::vector<QSize> sizes(16);
-  std::vector<std::thread> threads;
-  for (std::size_t i = 0; i < sizes.size(); ++i) {
-    threads.emplace_back([&, i] { sizes[i] = ThumbnailStore::thumbnail(file, 240 + double(i % 2) * 160).size(); });
-  }
-  for (std::thread& thread : threads) thread.join();
-  for (std::size_t i = 0; i < sizes.size(); ++i) QCOMPARE(sizes[i], i % 2 ? QSize(400, 200) : QSize(240, 120));
-}
 
 QTEST_GUILESS_MAIN(ThumbnailStoreTest)
 #include "ThumbnailStoreTest.moc"
