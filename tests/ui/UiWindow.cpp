@@ -31,8 +31,23 @@ QAccessibleInterface* findBelow(QAccessibleInterface* parent, const QString& nam
 
 }  // namespace
 
-UiWindow::UiWindow(LumagridApp& app)
-    : window(shown(app.makeWindow())), view(*app.contentView(&window)), library(*view.library()) {}
+UiWindow::UiWindow(UiApp& app)
+    : window(shown(app.app.makeWindow())), view(*app.app.contentView(&window)), library(*view.library()), m_app(app) {}
+
+void UiWindow::open(const FileUrl& folder) {
+  m_app.platform.chooser.answer = folder;
+  click("Choose Folder");
+  QVERIFY(library.photoCount() > 0);
+  library.openPhoto(0);
+  view.exitDetailMode();
+  QRect place;  // from one look to the next: the grid may scroll there
+  QTRY_VERIFY(std::exchange(place, rectOf(library.currentPhoto()->displayName())) == place && !place.isEmpty());
+}
+
+void UiWindow::openPhoto(QAnyStringView name) {
+  click(name);
+  QTRY_VERIFY(shows("Next photo"));
+}
 
 QAccessibleInterface* UiWindow::find(QAnyStringView name, QAccessible::Role role) const {
   return findBelow(root(), name.toString(), role);
@@ -66,7 +81,7 @@ void UiWindow::drag(QPoint from, const QList<QPoint>& way) {
   QTest::mouseRelease(&window, Qt::LeftButton, {}, from + way.last());
 }
 
-void UiWindow::wheel(int pixels, int angle, Qt::KeyboardModifiers modifiers) {
+void UiWindow::turnWheel(int angle, Qt::KeyboardModifiers modifiers, int pixels) {
   QWheelEvent event(middle(), window.mapToGlobal(middle()), {0, pixels}, {0, angle}, Qt::NoButton, modifiers,
                     Qt::NoScrollPhase, false);
   QCoreApplication::sendEvent(&window, &event);
@@ -101,14 +116,6 @@ bool UiWindow::drop(const QList<QUrl>& urls) {
   QDropEvent drop(middle(), kActions, &data, Qt::LeftButton, {});
   QCoreApplication::sendEvent(&window, &drop);
   return enter.isAccepted() && drop.isAccepted() && drop.dropAction() == Qt::CopyAction;
-}
-
-void choose(UiApp& app, UiWindow& window, const FileUrl& folder) {
-  app.platform.chooser.answer = folder;
-  window.click("Choose Folder");
-  window.library.openPhoto(0);
-  window.view.exitDetailMode();
-  QCoreApplication::processEvents();
 }
 
 }  // namespace lumagrid

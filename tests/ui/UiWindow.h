@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QAccessible>
-#include <QImage>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
@@ -36,11 +35,16 @@ struct UiApp {
 class UiWindow {
  public:
   // Shown when the constructor returns.
-  explicit UiWindow(LumagridApp& app);
+  explicit UiWindow(UiApp& app);
+  UiWindow(UiApp& app, const FileUrl& folder) : UiWindow(app) { open(folder); }
 
   QQuickWindow& window;
   ContentView& view;
   PhotoLibrary& library;
+
+  // Opens a folder with photos as a user does, its first one current.
+  void open(const FileUrl& folder);
+  void openPhoto(QAnyStringView name);
 
   [[nodiscard]] QAccessibleInterface* root() const { return QAccessible::queryAccessibleInterface(&window); }
   // What shows under this name; null when nothing does.
@@ -48,20 +52,19 @@ class UiWindow {
   [[nodiscard]] bool shows(QAnyStringView name) const { return find(name) != nullptr; }
   [[nodiscard]] bool isEnabled(QAnyStringView name) const;
   [[nodiscard]] bool isChecked(QAnyStringView name) const;
-  // In points of the window; empty when nothing shows under this name.
+  // Empty when nothing shows under this name.
   [[nodiscard]] QRect rectOf(QAnyStringView name) const;
 
   void click(QAnyStringView name, Qt::KeyboardModifiers modifiers = {});
   void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&window, key, modifiers); }
   void drag(QPoint from, const QList<QPoint>& way);
-  void turnWheel(int delta, Qt::KeyboardModifiers modifiers = {}) { wheel(0, delta, modifiers); }
-  // Scrolls by exact points, at once.
-  void scroll(int points) { wheel(-points, -points, {}); }
-  // Two fingers on a touch pad, over the middle of the window; `magnifications` are relative to the start.
-  void pinch(const QList<double>& magnifications);
+  // `angle` in eighths of a degree; `pixels`, where there are any, scroll by exact points.
+  void turnWheel(int angle, Qt::KeyboardModifiers modifiers = {}, int pixels = 0);
+  // Two fingers on a touch pad, over the middle of the window; magnifications are relative to the start.
   void beginPinch() { gesture(Qt::BeginNativeGesture, 0); }
   void changePinch(double magnification);
   void endPinch() { gesture(Qt::EndNativeGesture, 0); }
+  void pinch(const QList<double>& magnifications);
   // Drops `urls` on the middle of the window; whether the window took them.
   bool drop(const QList<QUrl>& urls);
 
@@ -70,9 +73,9 @@ class UiWindow {
   [[nodiscard]] QImage grab() { return window.grabWindow().convertToFormat(QImage::Format_RGB32); }
 
  private:
-  void wheel(int pixels, int angle, Qt::KeyboardModifiers modifiers);
   void gesture(Qt::NativeGestureType type, double value);
 
+  UiApp& m_app;
   double m_magnification = 1;
 };
 
@@ -86,11 +89,12 @@ class Photos : public PhotoFolder {
   explicit Photos(int count) : Photos(numberedNames(count)) {}
 };
 
-// Opens the folder as a user does, with its first photo current.
-void choose(UiApp& app, UiWindow& window, const FileUrl& folder);
-
 inline QString photoName(int number) {
   return QString::number(number) + QStringLiteral(".jpg");
+}
+
+inline QUrl toUrl(const FileUrl& file) {
+  return QUrl::fromLocalFile(QFile::decodeName(file.path()));
 }
 
 }  // namespace lumagrid
