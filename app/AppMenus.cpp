@@ -57,11 +57,11 @@ std::vector<MenuEntry> AppMenus::applicationMenu() {
 }
 
 void AppMenus::openFileMenu(QWindow* window, QPointF position) {
-  m_popupMenu.open(window, position.toPoint(), fileMenu(), [] {});
+  m_popupMenu.open(window, position.toPoint(), fileMenu());
 }
 
 void AppMenus::openApplicationMenu(QWindow* window, QPointF position) {
-  m_popupMenu.open(window, position.toPoint(), applicationMenu(), [] {});
+  m_popupMenu.open(window, position.toPoint(), applicationMenu());
 }
 
 }  // namespace lumagrid

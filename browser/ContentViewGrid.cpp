@@ -58,7 +58,7 @@ void ContentView::openSortMenu(QWindow* window, QPointF position) {
     entry.action = [this, order] { m_library.setSortOrder(order); };
     entries.push_back(std::move(entry));
   }
-  m_shared.popupMenu.open(window, position.toPoint(), std::move(entries), [] {});
+  m_shared.popupMenu.open(window, position.toPoint(), std::move(entries));
 }
 
 void ContentView::deleteSelectedWithConfirmation() {

@@ -66,7 +66,6 @@ std::variant<std::vector<PhotoItem>, ListingError> photoItems(const FileUrl& fol
   std::vector<PhotoItem> photos;
   auto error = visitDirectory(folder, hasSupportedExtension, [&](QByteArrayView name, bool isRegularFile) {
     if (isRegularFile) photos.push_back({FileUrl::child(folder, name)});
-    return Visit::goOn;
   });
   if (error) return *std::move(error);
   return photos;

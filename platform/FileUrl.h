@@ -1,9 +1,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QHashFunctions>
 #include <QString>
-#include <compare>
 
 namespace lumagrid {
 
@@ -34,7 +32,6 @@ class FileUrl {
   [[nodiscard]] QString displayName() const;
 
   friend bool operator==(const FileUrl&, const FileUrl&) = default;
-  friend size_t qHash(const FileUrl& url, size_t seed = 0) { return qHash(url.m_path, seed); }
 
  private:
   QByteArray m_path;

@@ -50,7 +50,7 @@ std::optional<bool> isRegularEntry(int folder, const dirent64& entry) {
 }  // namespace
 
 std::optional<ListingError> visitDirectory(const FileUrl& folder, bool (*wanted)(QByteArrayView name),
-                                           const std::function<Visit(QByteArrayView name, bool isRegularFile)>& visit) {
+                                           const std::function<void(QByteArrayView name, bool isRegularFile)>& visit) {
   const OpenFolder opened(folder.path());
   if (opened.descriptor() < 0) return lastError();
 
@@ -66,7 +66,7 @@ std::optional<ListingError> visitDirectory(const FileUrl& folder, bool (*wanted)
       if (name.startsWith('.') || !wanted(name)) continue;
       const std::optional<bool> regular = isRegularEntry(opened.descriptor(), entry);
       if (!regular) return lastError();
-      if (visit(name, *regular) == Visit::stop) return std::nullopt;
+      visit(name, *regular);
     }
   }
 }

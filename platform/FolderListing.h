@@ -14,15 +14,13 @@ struct ListingError {
   QString description;
 };
 
-enum class Visit { goOn, stop };
-
 // Calls `visit` with the name of each entry directly inside `folder` that `wanted` accepts, and whether it is a regular
 // file (a symbolic link is not, whatever it leads to), in the order in which the system returns them, in one read of
 // the folder. Hidden entries (a leading dot) are left out, and names are tested before anything is asked of an entry.
 // Fails for a missing folder, no permission, not a folder, or an entry that cannot be read. Any thread.
 [[nodiscard]] std::optional<ListingError> visitDirectory(
     const FileUrl& folder, bool (*wanted)(QByteArrayView name),
-    const std::function<Visit(QByteArrayView name, bool isRegularFile)>& visit);
+    const std::function<void(QByteArrayView name, bool isRegularFile)>& visit);
 
 // The time of the last change of the file's content, in nanoseconds since 1970; kDistantPast when it cannot be read.
 inline constexpr std::int64_t kDistantPast = INT64_MIN;

@@ -35,18 +35,6 @@ class MemoryCache {
     while (m_bytes > m_budget) remove(std::prev(m_entries.end()));
   }
 
-  void removeAll() {
-    const std::scoped_lock lock(m_mutex);
-    m_index.clear();
-    m_entries.clear();
-    m_bytes = 0;
-  }
-
-  [[nodiscard]] std::size_t bytes() const {
-    const std::scoped_lock lock(m_mutex);
-    return m_bytes;
-  }
-
  private:
   struct Entry {
     Key key;
@@ -60,7 +48,7 @@ class MemoryCache {
     m_entries.erase(entry);
   }
 
-  mutable std::mutex m_mutex;
+  std::mutex m_mutex;
   std::list<Entry> m_entries;
   std::unordered_map<Key, typename std::list<Entry>::iterator, Hash> m_index;
   std::size_t m_bytes = 0;

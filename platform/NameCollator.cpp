@@ -5,7 +5,6 @@
 
 #include <QVarLengthArray>
 #include <QtGlobal>
-#include <string_view>
 
 namespace lumagrid {
 
@@ -33,11 +32,6 @@ std::unique_ptr<icu::Collator> makeCollator() {
   collator->setStrength(icu::Collator::TERTIARY);
   collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
   return U_SUCCESS(status) ? std::move(collator) : nullptr;
-}
-
-std::strong_ordering byBytes(QByteArrayView left, QByteArrayView right) {
-  const std::string_view leftBytes(left.data(), std::size_t(left.size()));
-  return leftBytes <=> std::string_view(right.data(), std::size_t(right.size()));
 }
 
 }  // namespace
@@ -75,19 +69,6 @@ QByteArray NameCollator::sortKey(QByteArrayView name) const {
   result.reserve(bytes + name.size());
   result.append(key.constData(), bytes);
   return result.append(name);
-}
-
-std::strong_ordering NameCollator::compare(QByteArrayView left, QByteArrayView right) const {
-  if (m_data->collator) {
-    UErrorCode status = U_ZERO_ERROR;
-    const UCollationResult result =
-        m_data->collator->compareUTF8(icu::StringPiece(left.data(), int32_t(left.size())),
-                                      icu::StringPiece(right.data(), int32_t(right.size())), status);
-    if (U_SUCCESS(status) && result != UCOL_EQUAL) {
-      return result == UCOL_LESS ? std::strong_ordering::less : std::strong_ordering::greater;
-    }
-  }
-  return byBytes(left, right);
 }
 
 }  // namespace lumagrid

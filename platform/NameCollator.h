@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
-#include <compare>
 #include <memory>
 
 namespace lumagrid {
@@ -17,8 +16,6 @@ class NameCollator {
 
   // Bytes whose memcmp order is the order of the names (UTF-8; other bytes order as U+FFFD).
   [[nodiscard]] QByteArray sortKey(QByteArrayView name) const;
-
-  [[nodiscard]] std::strong_ordering compare(QByteArrayView left, QByteArrayView right) const;
 
  private:
   struct Data;

@@ -25,9 +25,9 @@ class PopupMenu {
  public:
   virtual ~PopupMenu() = default;
 
-  // Opens the menu with its top left at `position` (screen points), above `window`, and returns at once. `closed` runs
-  // when it has gone, after the chosen entry's action. A menu that is still open is closed first.
-  virtual void open(QWindow* window, QPoint position, std::vector<MenuEntry> entries, std::function<void()> closed) = 0;
+  // Opens the menu with its top left at `position` (screen points), above `window`, and returns at once. A menu that is
+  // still open is closed first.
+  virtual void open(QWindow* window, QPoint position, std::vector<MenuEntry> entries) = 0;
 };
 
 }  // namespace lumagrid

@@ -32,14 +32,13 @@ QString actionText(const MenuEntry& entry) {
 QtPopupMenu::QtPopupMenu(WidgetPalette& palette) : m_palette(palette) {}
 QtPopupMenu::~QtPopupMenu() = default;
 
-void QtPopupMenu::open(QWindow* window, QPoint position, std::vector<MenuEntry> entries, std::function<void()> closed) {
+void QtPopupMenu::open(QWindow* window, QPoint position, std::vector<MenuEntry> entries) {
   if (m_menu) {
     m_menu->close();
     finish();
   }
   m_palette.apply();
   m_menu = std::make_unique<QMenu>();
-  m_closed = std::move(closed);
   add(*m_menu, std::move(entries));
   QObject::connect(m_menu.get(), &QMenu::aboutToHide, m_menu.get(), [this, menu = m_menu.get()] {
     // The chosen entry is told after the hiding, within the same event.
@@ -72,12 +71,10 @@ void QtPopupMenu::add(QMenu& menu, std::vector<MenuEntry> entries) {
 }
 
 void QtPopupMenu::finish() {
-  // Everything is taken along: an action may open the next menu. The menu may still be handling an event.
+  // The menu is let go of first: the action may open the next one. It may still be handling an event.
   m_menu.release()->deleteLater();
   const auto chosen = std::exchange(m_chosen, nullptr);
-  const auto closed = std::exchange(m_closed, nullptr);
   if (chosen) chosen();
-  if (closed) closed();
 }
 
 }  // namespace lumagrid

@@ -18,7 +18,7 @@ class QtPopupMenu final : public PopupMenu {
   explicit QtPopupMenu(WidgetPalette& palette);
   ~QtPopupMenu() override;
 
-  void open(QWindow* window, QPoint position, std::vector<MenuEntry> entries, std::function<void()> closed) override;
+  void open(QWindow* window, QPoint position, std::vector<MenuEntry> entries) override;
 
  private:
   void add(QMenu& menu, std::vector<MenuEntry> entries);
@@ -27,7 +27,6 @@ class QtPopupMenu final : public PopupMenu {
   WidgetPalette& m_palette;
   std::unique_ptr<QMenu> m_menu;  // the one that is open
   std::function<void()> m_chosen;
-  std::function<void()> m_closed;
 };
 
 }  // namespace lumagrid

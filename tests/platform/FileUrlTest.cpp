@@ -18,13 +18,10 @@ class FileUrlTest : public QObject {
     const auto row = [](const char* sentence, const char* path, const char* parent, const char* name) {
       QTest::newRow(sentence) << QByteArray(path) << QByteArray(parent) << QByteArray(name);
     };
-    row("slashes in a row are one", "//a///b//", "/a", "b");
-    row("dots go", "/./a/./b/.", "/a", "b");
-    row("two dots lead up", "/nowhere/x/../b/..", "/", "nowhere");
-    row("two dots stop at the root", "/../../a", "/", "a");
+    row("slashes in a row are one, and dots go", "//a/././/b/.//", "/a", "b");
+    row("two dots lead up, to the root at most", "/../nowhere/x/../b/..", "/", "nowhere");
     row("names with dots stay", "/a/..b/c../...", "/a/..b/c..", "...");
-    row("bytes that are not UTF-8 stay", "/caf\xE9/caf\xE9.jpg", "/caf\xE9", "caf\xE9.jpg");
-    row("a percent sign is no escape", "/100%25", "/", "100%25");
+    row("bytes that are not UTF-8 stay", "/caf\xE9/caf\xE9%25.jpg", "/caf\xE9", "caf\xE9%25.jpg");
   }
 
   void isClean() {
@@ -32,12 +29,9 @@ class FileUrlTest : public QObject {
     QFETCH(QByteArray, parent);
     QFETCH(QByteArray, name);
     const FileUrl url = FileUrl::fromPath(path);
-    const FileUrl same = FileUrl::child(FileUrl::fromPath(parent), name);
-    QCOMPARE(url.path(), parent == "/" ? '/' + name : parent + '/' + name);
     QCOMPARE(url.parent().path(), parent);
     QCOMPARE(url.lastPathComponent().toByteArray(), name);
-    QVERIFY(url == same);
-    QCOMPARE(qHash(url), qHash(same));
+    QVERIFY(url == FileUrl::child(FileUrl::fromPath(parent), name));
   }
 
   void findsFoldersAsTheSystemDoes() {
@@ -47,12 +41,10 @@ class FileUrlTest : public QObject {
     QCOMPARE(::chdir(QFile::encodeName(folder.path()).constData()), 0);
     const FileUrl here = FileUrl::fromPath(QByteArray("."));
     QVERIFY(here.path().startsWith('/'));
-    QVERIFY(FileUrl::fromPath(QStringLiteral("./photos/")) == FileUrl::child(here, "photos"));
-
     QVERIFY(QDir().mkpath(QStringLiteral("real/deep")));
     QCOMPARE(::symlink("real/deep", "link"), 0);
     QVERIFY(FileUrl::fromPath(QByteArray("link/..")) == FileUrl::child(here, "real"));
-    QVERIFY(FileUrl::fromPath(QByteArray("link")) == FileUrl::child(here, "link"));
+    QVERIFY(FileUrl::fromPath(QStringLiteral("./link/")) == FileUrl::child(here, "link"));
     QCOMPARE(::chdir("/"), 0);
   }
 };

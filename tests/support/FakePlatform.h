@@ -103,7 +103,7 @@ struct FakePopupMenu : PopupMenu {
   QPoint position;
   std::vector<MenuEntry> entries;  // of the menu opened last
 
-  void open(QWindow*, QPoint at, std::vector<MenuEntry> menu, std::function<void()>) override {
+  void open(QWindow*, QPoint at, std::vector<MenuEntry> menu) override {
     position = at;
     entries = std::move(menu);
   }
