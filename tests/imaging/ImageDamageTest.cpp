@@ -1,129 +1,144 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QTemporaryDir>
 #include <QTest>
-#include <QtEndian>
-#include <random>
+#include <atomic>
+#include <fstream>
+#include <thread>
 
 #include "SamplePictures.h"
 
 using namespace lumagrid;
 using namespace samples;
 
-// Files that are cut short, that lie, or that are broken anywhere.
+// What is opened, whatever it is called; and files that are none, that are cut short, that lie, or that are broken.
 class ImageDamageTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
-  void aJpegCutShortShowsWhatThereIs();
-  void lyingHeadersTakeNoMemory_data();
-  void lyingHeadersTakeNoMemory();
-  void brokenBytesNeverBreakTheDecoder_data();
-  void brokenBytesNeverBreakTheDecoder();
-};
-
-namespace {
-
-QByteArray withBigEndian16(QByteArray bytes, qsizetype at, quint16 number) {
-  qToBigEndian(number, bytes.data() + at);
-  return bytes;
-}
-
-QByteArray claiming60000(const QByteArray& jpeg) {
-  const qsizetype frame = jpeg.indexOf("\xff\xc0");
-  return withBigEndian16(withBigEndian16(jpeg, frame + 5, 60000), frame + 7, 60000);
-}
-
-}  // namespace
-
-void ImageDamageTest::aJpegCutShortShowsWhatThereIs() {
-  QImage noise(256, 256, QImage::Format_RGB32);
-  std::minstd_rand random(7);
-  for (int y = 0; y < 256; ++y) {
-    for (int x = 0; x < 256; ++x) noise.setPixel(x, y, static_cast<QRgb>(random()) | 0xff000000U);
+  void brokenBytesNeverBreakTheDecoder_data() {
+    QTest::addColumn<QByteArray>("file");
+    const QImage image = rough({24, 16}, 0.1);
+    const QByteArray wide = withProfile(jpeg(image), QColorSpace(QColorSpace::DisplayP3).iccProfile());
+    QTest::newRow("JPEG with EXIF and a profile") << withSegment(wide, 0xe1, exif(6));
+    QTest::newRow("CMYK JPEG") << jpeg(image, {.colors = JCS_CMYK});
+    QTest::newRow("PNG") << withChunk(encoded(image, "png"), "eXIf", exif(8).mid(6));
+    QTest::newRow("GIF") << QByteArray("GIF89a\1\0\1\0\x80\0\0\xff\0\0\0\0\0,\0\0\0\0\1\0\1\0\0\2\2D\1\0;", 35);
+    QTest::newRow("WebP") << encoded(image, "webp");
+    QTest::newRow("BMP") << encoded(image, "bmp");
+    QTest::newRow("TIFF") << encoded(image, "tiff");
+    QTest::newRow("TIFF of floats") << encoded(image.convertToFormat(QImage::Format_RGBX32FPx4), "tiff");
+    QTest::newRow("HEIC") << carried("turned-right.heic");
+    QTest::newRow("AVIF") << carried("half-transparent.avif");
   }
-  const QByteArray file = jpeg(noise);
-  const Folder folder;
-  const QImage whole = folder.decode(file).pixels;
-  const DecodedImage cut = folder.decode(file.left(file.size() / 2));
-  QCOMPARE(cut.error, ImageError::none);
-  QCOMPARE(cut.pixels.size(), whole.size());
-  QCOMPARE(cut.pixels.copy(0, 0, 256, 96), whole.copy(0, 0, 256, 96));
-  QCOMPARE(folder.decodeBounded(file.left(file.size() / 2), 64).pixels.size(), QSize(64, 64));
-}
 
-void ImageDamageTest::lyingHeadersTakeNoMemory_data() {
-  QTest::addColumn<QByteArray>("file");
-  const QImage image = picture();
-  QTest::newRow("JPEG that claims 60000 x 60000") << claiming60000(jpeg(image));
-  const QByteArray large = claiming60000(jpeg(image));
-  const qsizetype frame = large.indexOf("\xff\xc0");
-  QTest::newRow("JPEG of one kilobyte that claims 10000 x 10000")
-      << withBigEndian16(withBigEndian16(large, frame + 5, 10000), frame + 7, 10000);
-  QByteArray png = encoded(image, "png");
-  constexpr qsizetype kPngWidth = 16;
-  qToBigEndian<quint32>(60000, png.data() + kPngWidth);
-  qToBigEndian<quint32>(60000, png.data() + kPngWidth + 4);
-  QTest::newRow("PNG that claims 60000 x 60000") << png;
-  QByteArray bmp = encoded(image, "bmp");
-  constexpr qsizetype kBmpWidth = 18;
-  qToLittleEndian<quint32>(60000, bmp.data() + kBmpWidth);
-  qToLittleEndian<quint32>(60000, bmp.data() + kBmpWidth + 4);
-  QTest::newRow("BMP that claims 60000 x 60000") << bmp;
-  TiffSpec spec;
-  spec.width = spec.height = 2'000'000'000;
-  QTest::newRow("TIFF whose area overflows 64 bits with its samples") << tiff(spec, QByteArray(64, 'x'));
-  QTest::newRow("GIF of a few bytes that claims 11390 x 12595")
-      << QByteArray("GIF89a~,31\x39\x61~,31\x38\x35\x37\xfb\x38\0\0\0\xfb\x38", 26);
-}
-
-void ImageDamageTest::lyingHeadersTakeNoMemory() {
-  QFETCH(const QByteArray, file);
-  const Folder folder;
-  const DecodedImage decoded = folder.decode(file);
-  QVERIFY(decoded.error == ImageError::tooLarge || decoded.error == ImageError::damaged);
-  QVERIFY(decoded.pixels.isNull());
-  QVERIFY(folder.decodeBounded(file, 64).pixels.isNull());
-}
-
-void ImageDamageTest::brokenBytesNeverBreakTheDecoder_data() {
-  QTest::addColumn<QByteArray>("file");
-  const QImage image = picture(24, 16);
-  const QByteArray wide = withProfile(jpeg(image), wideGamutProfile());
-  QTest::newRow("JPEG with EXIF and a profile") << withSegment(wide, 0xe1, exif(6));
-  QTest::newRow("CMYK JPEG") << jpeg(image, Model::cmyk);
-  QTest::newRow("PNG") << withChunk(encoded(image, "png"), "eXIf", exif(8).mid(6));
-  QTest::newRow("WebP") << encoded(image, "webp");
-  QTest::newRow("BMP") << encoded(image, "bmp");
-  QTest::newRow("TIFF") << encoded(image, "tiff");
-  TiffSpec spec;
-  spec.width = 24;
-  spec.height = 16;
-  spec.bits = 32;
-  spec.sampleFormat = 3;
-  QTest::newRow("TIFF of floats") << tiff(spec, QByteArray(24 * 16 * 12, '\x3e'));
-  QTest::newRow("HEIC") << carried("turned-right.heic");
-  QTest::newRow("AVIF") << carried("half-transparent.avif");
-}
-
-void ImageDamageTest::brokenBytesNeverBreakTheDecoder() {
-  QFETCH(const QByteArray, file);
-  const Folder folder;
-  QCOMPARE(folder.decode(file).error, ImageError::none);
-  std::minstd_rand random(1);
-  const auto below = [&random](qsizetype limit) { return static_cast<qsizetype>(random()) % limit; };
-  for (int round = 0; round < 300; ++round) {
-    QByteArray broken = file;
-    // Headers stand at the beginning: half of the hits go there.
-    for (qsizetype hits = 1 + below(4); hits > 0; --hits) {
-      const qsizetype reach = below(2) == 0 ? broken.size() : std::min<qsizetype>(broken.size(), 128);
-      broken[below(reach)] = static_cast<char>(random());
+  void brokenBytesNeverBreakTheDecoder() {
+    QFETCH(const QByteArray, file);
+    QCOMPARE(decoded(file).error, ImageError::none);
+    std::minstd_rand random(1);
+    for (int round = 0; round < 300; ++round) {
+      const auto [pixels, error] = decoded(broken(file, 128, random), round % 2 == 0 ? 10 : 0);
+      QCOMPARE(pixels.isNull(), error != ImageError::none);
+      QVERIFY(pixels.isNull() || pixels.format() == QImage::Format_RGBX8888 ||
+              pixels.format() == QImage::Format_RGBA8888_Premultiplied);
     }
-    if (below(4) == 0) broken.truncate(below(broken.size()));
-    const DecodedImage decoded = below(2) == 0 ? folder.decode(broken) : folder.decodeBounded(broken, 10);
-    QCOMPARE(decoded.pixels.isNull(), decoded.error != ImageError::none);
-    if (decoded.pixels.isNull()) continue;
-    QVERIFY(decoded.pixels.format() == QImage::Format_RGBX8888 ||
-            decoded.pixels.format() == QImage::Format_RGBA8888_Premultiplied);
   }
-}
+
+  void aJpegCutShortShowsWhatThereIs() {
+    const QByteArray file = jpeg(rough({256, 256}, 1));
+    const QByteArray half = file.left(file.size() / 2);
+    const auto [cut, error] = decoded(half);
+    QCOMPARE(error, ImageError::none);
+    QCOMPARE(cut.size(), QSize(256, 256));
+    QCOMPARE(cut.copy(0, 0, 256, 96), decoded(file).pixels.copy(0, 0, 256, 96));
+    QCOMPARE(decoded(half, 64).pixels.size(), QSize(64, 64));
+  }
+
+  void isRefused_data() {
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QList<ImageError>>("errors");
+    const auto row = [](const char* name, const QByteArray& file, const QList<ImageError>& errors) {
+      QTest::newRow(name) << file << errors;
+    };
+    row("an empty file", {}, {ImageError::unsupported});
+    row("vector graphics", "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>", {ImageError::unsupported});
+    row("a film", QByteArray("\0\0\0\30ftypisom\0\0\2\0isommp41", 24), {ImageError::unsupported});
+    row("a text that begins like a BMP", "BMW is a maker of cars, and this is a sentence.", {ImageError::unsupported});
+    row("the beginning of a JPEG", "\xff\xd8\xff\xe0", {ImageError::damaged});
+    row("the beginning of a PNG", "\x89PNG\r\n\x1a\n", {ImageError::damaged});
+    const QList<ImageError> lies = {ImageError::damaged, ImageError::tooLarge};
+    const QImage image = filled(Qt::red);
+    const QByteArray file = jpeg(image);
+    const qsizetype size = file.indexOf("\xff\xc0") + 5;
+    row("JPEG that claims 60000 x 60000", QByteArray(file).replace(size, 4, "\xea\x60\xea\x60"), lies);
+    row("JPEG of one kilobyte that claims 10000 x 10000", QByteArray(file).replace(size, 4, "\x27\x10\x27\x10"), lies);
+    row("BMP that claims 60000 x 60000",
+        encoded(image, "bmp").replace(18, 8, QByteArray("\x60\xea\0\0\x60\xea\0\0", 8)), lies);
+    row("TIFF whose area overflows 64 bits with its samples",
+        tiff({{TIFFTAG_IMAGEWIDTH, 2'000'000'000}, {TIFFTAG_IMAGELENGTH, 2'000'000'000}}, QByteArray(64, 'x')), lies);
+    row("GIF of a few bytes that claims 11390 x 12595",
+        QByteArray("GIF89a~,31\x39\x61~,31\x38\x35\x37\xfb\x38\0\0\0\xfb\x38", 26), lies);
+  }
+
+  void isRefused() {
+    QFETCH(const QByteArray, file);
+    QFETCH(const QList<ImageError>, errors);
+    for (const int bound : {0, 64}) {
+      const auto [pixels, error] = decoded(file, bound);
+      QVERIFY(errors.contains(error));
+      QVERIFY(pixels.isNull());
+    }
+  }
+
+  void aFileThatCannotBeReadNeverBlocks() {
+    const QTemporaryDir folder;
+    const QByteArray path = QFile::encodeName(folder.path()) + "/caf\xe9.jpg";  // not UTF-8
+    const auto errorOf = [](const QByteArray& file) {
+      return FileImageDecoder().decode(FileUrl::fromPath(file)).error;
+    };
+    QCOMPARE(errorOf({}), ImageError::missing);
+    QCOMPARE(errorOf(path), ImageError::missing);
+    QCOMPARE(errorOf(path + "/.."), ImageError::unsupported);
+    QCOMPARE(::mkfifo(path.constData(), 0644), 0);
+    QCOMPARE(errorOf(path), ImageError::unsupported);
+    QCOMPARE(::unlink(path.constData()), 0);
+    const QByteArray photo = jpeg(filled(Qt::red));
+    std::ofstream(path.constData(), std::ios::binary).write(photo.constData(), photo.size());
+    QCOMPARE(errorOf(path), ImageError::none);
+
+    QCOMPARE(::chmod(path.constData(), 0), 0);
+    const bool isRoot = ::geteuid() == 0;  // whom permissions do not bind
+    constexpr uid_t kNobody = 65534;
+    if (isRoot) QCOMPARE(::seteuid(kNobody), 0);
+    const ImageError error = errorOf(path);
+    if (isRoot) QCOMPARE(::seteuid(0), 0);
+    QCOMPARE(error, ImageError::denied);
+    QCOMPARE(::unlink(path.constData()), 0);  // QTemporaryDir cannot name it
+  }
+
+  void severalThreadsDecodeAtOnce() {
+    const QImage image = rough({96, 64}, 0.1);
+    const QByteArray wide = QColorSpace(QColorSpace::DisplayP3).iccProfile();
+    const QByteArrayList files = {withProfile(jpeg(image), wide), encoded(image, "png"), encoded(image, "tiff"),
+                                  carried("turned-right.heic")};
+    std::vector<QImage> expected;
+    for (const QByteArray& file : files) expected.push_back(decoded(file).pixels);
+    std::atomic<int> differences = 0;
+    std::vector<std::jthread> threads;
+    for (qsizetype thread = 0; thread < files.size(); ++thread) {
+      threads.emplace_back([&, thread] {
+        for (qsizetype round = 0; round < 20; ++round) {
+          const qsizetype index = (thread + round) % files.size();
+          const QImage pixels = decoded(files[index]).pixels;
+          if (pixels.isNull() || pixels != expected[static_cast<size_t>(index)]) ++differences;
+        }
+      });
+    }
+    threads.clear();
+    QCOMPARE(differences.load(), 0);
+  }
+};
 
 QTEST_GUILESS_MAIN(ImageDamageTest)
 #include "ImageDamageTest.moc"

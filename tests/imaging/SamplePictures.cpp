@@ -1,14 +1,13 @@
 #include "SamplePictures.h"
 
-#include <lcms2.h>
-#include <turbojpeg.h>
+#include <zlib.h>
 
 #include <QBuffer>
-#include <QFile>
+#include <QDir>
+#include <QTemporaryFile>
 #include <QtEndian>
+#include <cmath>
 #include <cstdlib>
-#include <memory>
-#include <vector>
 
 namespace samples {
 namespace {
@@ -20,33 +19,26 @@ QByteArray bigEndian(Number number) {
   return bytes;
 }
 
-template <typename Number>
-QByteArray littleEndian(Number number) {
-  QByteArray bytes(sizeof(Number), '\0');
-  qToLittleEndian(number, bytes.data());
-  return bytes;
-}
-
-QByteArray saved(cmsHPROFILE profile) {
-  cmsUInt32Number size = 0;
-  cmsSaveProfileToMem(profile, nullptr, &size);
-  QByteArray bytes(static_cast<qsizetype>(size), '\0');
-  cmsSaveProfileToMem(profile, bytes.data(), &size);
-  cmsCloseProfile(profile);
-  return bytes;
-}
-
-QByteArray entry(quint16 tag, quint16 type, quint32 count, quint32 value) {
-  return littleEndian(tag) + littleEndian(type) + littleEndian(count) + littleEndian(value);
-}
-
 }  // namespace
 
-QImage picture(int width, int height) {
-  QImage image(width, height, QImage::Format_RGB32);
-  image.fill(kGround);
-  for (int y = 0; y < height / 2; ++y) {
-    for (int x = 0; x < width / 3; ++x) image.setPixelColor(x, y, kCorner);
+QImage filled(const QColor& color, QSize size, QImage::Format format) {
+  QImage image(size, format);
+  image.fill(color);
+  return image;
+}
+
+QImage rough(QSize size, double roughness) {
+  QImage image(size, QImage::Format_RGBX8888);
+  std::minstd_rand random(3);
+  for (int y = 0; y < size.height(); ++y) {
+    uchar* to = image.scanLine(y);
+    for (int x = 0; x < size.width(); ++x) {
+      for (int phase = 1; phase <= 4; ++phase) {
+        const double smooth = 127.5 + 120 * std::sin(x * 0.021 * phase + y * 0.034) * std::cos(y * 0.017 * phase);
+        const auto noise = static_cast<double>(random() % 256);
+        *to++ = static_cast<uchar>(smooth * (1 - roughness) + noise * roughness);
+      }
+    }
   }
   return image;
 }
@@ -59,39 +51,43 @@ QByteArray encoded(const QImage& image, const char* format) {
   return bytes;
 }
 
-QByteArray jpeg(const QImage& image, Model model) {
-  const QImage source = image.convertToFormat(QImage::Format_RGBX8888);
-  std::vector<unsigned char> pixels;
-  for (int y = 0; y < source.height(); ++y) {
-    const uchar* row = source.constScanLine(y);
-    for (int x = 0; x < source.width(); ++x, row += 4) {
-      // As inks, stored inverted as usual, these are the same colours without black.
-      pixels.insert(pixels.end(), {row[0], row[1], row[2], 255});
-    }
-  }
-  const bool isCmyk = model == Model::cmyk;
-  const std::unique_ptr<void, decltype(&tjDestroy)> handle(tjInitCompress(), &tjDestroy);
+QByteArray jpeg(const QImage& image, const JpegSpec& spec) {
+  const QImage pixels = image.convertToFormat(QImage::Format_RGBX8888);
+  jpeg_compress_struct jpeg{};
+  jpeg_error_mgr errors{};
+  jpeg.err = jpeg_std_error(&errors);  // ends the program: what is asked for here can be written
+  jpeg_create_compress(&jpeg);
   unsigned char* written = nullptr;
   unsigned long size = 0;
-  tjCompress2(handle.get(), pixels.data(), source.width(), 0, source.height(), isCmyk ? TJPF_CMYK : TJPF_RGBX, &written,
-              &size, model == Model::gray ? TJSAMP_GRAY : TJSAMP_444, 95, 0);
-  QByteArray bytes(reinterpret_cast<const char*>(written), static_cast<qsizetype>(size));
-  tjFree(written);
+  jpeg_mem_dest(&jpeg, &written, &size);
+  jpeg.image_width = static_cast<JDIMENSION>(pixels.width());
+  jpeg.image_height = static_cast<JDIMENSION>(pixels.height());
+  jpeg.input_components = 4;
+  jpeg.in_color_space = spec.colors == JCS_CMYK || spec.colors == JCS_YCCK ? JCS_CMYK : JCS_EXT_RGBX;
+  jpeg_set_defaults(&jpeg);
+  jpeg_set_colorspace(&jpeg, spec.colors);
+  jpeg_set_quality(&jpeg, spec.quality, TRUE);
+  for (size_t index = 0; index < spec.sampling.size(); ++index) {
+    jpeg.comp_info[index].h_samp_factor = spec.sampling[index].first;
+    jpeg.comp_info[index].v_samp_factor = spec.sampling[index].second;
+  }
+  jpeg.restart_interval = spec.restartInterval;
+  if (spec.coding != nullptr) spec.coding(&jpeg);
+  jpeg_start_compress(&jpeg, TRUE);
+  for (int y = 0; y < pixels.height(); ++y) {
+    auto* row = const_cast<uchar*>(pixels.constScanLine(y));
+    jpeg_write_scanlines(&jpeg, &row, 1);
+  }
+  jpeg_finish_compress(&jpeg);
+  jpeg_destroy_compress(&jpeg);
+  const QByteArray bytes(reinterpret_cast<const char*>(written), static_cast<qsizetype>(size));
+  std::free(written);
   return bytes;
 }
 
 QByteArray withSegment(const QByteArray& jpeg, unsigned char marker, const QByteArray& content) {
-  QByteArray segment = "\xff";
-  segment += static_cast<char>(marker);
-  segment += bigEndian(static_cast<quint16>(content.size() + 2)) + content;
-  return QByteArray(jpeg).insert(2, segment);
-}
-
-QByteArray withDensity(const QByteArray& jpeg, int horizontal, int vertical) {
-  QByteArray bytes = jpeg;
-  const qsizetype densities = bytes.indexOf(QByteArray("JFIF\0", 5)) + 8;
-  return bytes.replace(densities, 4,
-                       bigEndian(static_cast<quint16>(horizontal)) + bigEndian(static_cast<quint16>(vertical)));
+  const QByteArray header = bigEndian<quint8>(0xff) + bigEndian(marker);
+  return QByteArray(jpeg).insert(2, header + bigEndian<quint16>(content.size() + 2) + content);
 }
 
 QByteArray withProfile(const QByteArray& jpeg, const QByteArray& profile) {
@@ -102,84 +98,32 @@ QByteArray withProfile(const QByteArray& jpeg, const QByteArray& profile) {
   return withSegment(withFirst, 0xe2, name + "\x02\x02" + profile.mid(half));
 }
 
-QByteArray exif(int orientation, const QByteArray& thumbnail) {
-  QByteArray bytes("Exif\0\0II*\0\x08\0\0\0\x01\0", 16);
-  bytes += entry(274, 3, 1, static_cast<quint32>(orientation));
-  if (thumbnail.isEmpty()) return bytes + littleEndian<quint32>(0);
-  constexpr quint32 kSecondDirectory = 8 + 2 + 12 + 4;
-  constexpr quint32 kThumbnail = kSecondDirectory + 2 + 3 * 12 + 4;
-  bytes += littleEndian(kSecondDirectory) + littleEndian<quint16>(3) + entry(259, 3, 1, 6) +
-           entry(513, 4, 1, kThumbnail) + entry(514, 4, 1, static_cast<quint32>(thumbnail.size()));
-  return bytes + littleEndian<quint32>(0) + thumbnail;
+QByteArray exif(char orientation) {
+  const QByteArray beforeValue("Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0", 24);
+  return beforeValue + orientation + QByteArray(7, '\0');
 }
 
 QByteArray withChunk(const QByteArray& png, const QByteArray& name, const QByteArray& content) {
-  // The checksum of PNG is the CRC-32 of name and content.
-  quint32 crc = 0xffffffff;
-  for (const char byte : name + content) {
-    crc ^= static_cast<unsigned char>(byte);
-    for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xedb88320 : 0);
-  }
+  const QByteArray checked = name + content;
+  const auto sum = crc32(0, reinterpret_cast<const Bytef*>(checked.constData()), static_cast<uInt>(checked.size()));
   constexpr qsizetype kAfterHeader = 8 + 25;
-  return QByteArray(png).insert(
-      kAfterHeader, bigEndian(static_cast<quint32>(content.size())) + name + content + bigEndian(crc ^ 0xffffffff));
+  return QByteArray(png).insert(kAfterHeader, bigEndian<quint32>(content.size()) + checked + bigEndian<quint32>(sum));
 }
 
-QByteArray tiff(const TiffSpec& spec, const QByteArray& samples) {
-  const auto number = [](int value) { return static_cast<quint32>(value); };
-  const quint32 dataAt = 8;
-  const quint32 densitiesAt = dataAt + static_cast<quint32>(samples.size());
-  const quint32 bitsAt = densitiesAt + 16;
-  const quint32 directoryAt = bitsAt + 8;
-  QByteArray bits;
-  for (int sample = 0; sample < 4; ++sample) bits += littleEndian(static_cast<quint16>(spec.bits));
-  std::vector<QByteArray> entries = {
-      entry(256, 4, 1, number(spec.width)),
-      entry(257, 4, 1, number(spec.height)),
-      spec.samplesPerPixel <= 2 ? entry(258, 3, number(spec.samplesPerPixel), number(spec.bits) * 0x10001)
-                                : entry(258, 3, number(spec.samplesPerPixel), bitsAt),
-      entry(259, 3, 1, 1),
-      entry(262, 3, 1, number(spec.photometric)),
-      entry(273, 4, 1, dataAt),
-      entry(274, 3, 1, number(spec.orientation)),
-      entry(277, 3, 1, number(spec.samplesPerPixel)),
-      entry(278, 4, 1, number(spec.height)),
-      entry(279, 4, 1, number(static_cast<int>(samples.size()))),
-      entry(282, 5, 1, densitiesAt),
-      entry(283, 5, 1, densitiesAt + 8),
-      entry(296, 3, 1, 2),
-  };
-  if (spec.extraSample >= 0) entries.push_back(entry(338, 3, 1, number(spec.extraSample)));
-  entries.push_back(entry(339, 3, 1, number(spec.sampleFormat)));
-  QByteArray bytes = QByteArray("II*\0", 4) + littleEndian(directoryAt) + samples;
-  bytes += littleEndian(number(spec.horizontalDensity)) + littleEndian<quint32>(1);
-  bytes += littleEndian(number(spec.verticalDensity)) + littleEndian<quint32>(1);
-  bytes += bits + littleEndian(static_cast<quint16>(entries.size()));
-  for (const QByteArray& one : entries) bytes += one;
-  return bytes + littleEndian<quint32>(0);
-}
-
-QByteArray wideGamutProfile() {
-  const cmsCIExyY white = {0.3127, 0.3290, 1};
-  const cmsCIExyYTRIPLE primaries = {{0.680, 0.320, 1}, {0.265, 0.690, 1}, {0.150, 0.060, 1}};
-  const cmsFloat64Number srgb[5] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
-  cmsToneCurve* const curve = cmsBuildParametricToneCurve(nullptr, 4, srgb);
-  cmsToneCurve* const curves[3] = {curve, curve, curve};
-  const QByteArray bytes = saved(cmsCreateRGBProfile(&white, &primaries, curves));
-  cmsFreeToneCurve(curve);
-  return bytes;
-}
-
-QByteArray srgbProfile() {
-  return saved(cmsCreate_sRGBProfile());
-}
-
-QByteArray linearGrayProfile() {
-  const cmsCIExyY white = {0.3457, 0.3585, 1};
-  cmsToneCurve* const curve = cmsBuildGamma(nullptr, 1.0);
-  const QByteArray bytes = saved(cmsCreateGrayProfile(&white, curve));
-  cmsFreeToneCurve(curve);
-  return bytes;
+QByteArray tiff(std::map<quint16, quint32> fields, const QByteArray& samples) {
+  constexpr quint32 kSamplesAt = 8;
+  const auto size = static_cast<quint32>(samples.size());
+  fields.insert({{TIFFTAG_BITSPERSAMPLE, 8},
+                 {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB},
+                 {TIFFTAG_STRIPOFFSETS, kSamplesAt},
+                 {TIFFTAG_SAMPLESPERPIXEL, 3},
+                 {TIFFTAG_ROWSPERSTRIP, fields[TIFFTAG_IMAGELENGTH]},
+                 {TIFFTAG_STRIPBYTECOUNTS, size}});
+  QByteArray bytes = QByteArray("MM\0*", 4) + bigEndian(kSamplesAt + size) + samples;
+  bytes += bigEndian<quint16>(fields.size());
+  const QByteArray oneNumber("\0\x04\0\0\0\x01", 6);
+  for (const auto& [tag, value] : fields) bytes += bigEndian(tag) + oneNumber + bigEndian(value);
+  return bytes + bigEndian<quint32>(0);
 }
 
 QByteArray carried(const char* name) {
@@ -187,30 +131,22 @@ QByteArray carried(const char* name) {
   return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QByteArray Folder::path(const QByteArray& name) const {
-  return QFile::encodeName(m_folder.path()) + '/' + name;
+lumagrid::DecodedImage decoded(const QByteArray& file, int bound) {
+  QTemporaryFile written(QDir::tempPath() + QStringLiteral("/XXXXXX.png"));
+  if (!written.open() || written.write(file) != file.size() || !written.flush()) return {};
+  const auto url = lumagrid::FileUrl::fromPath(written.fileName());
+  lumagrid::FileImageDecoder decoder;
+  return bound > 0 ? decoder.decodeBounded(url, bound) : decoder.decode(url);
 }
 
-lumagrid::FileUrl Folder::write(const QByteArray& name, const QByteArray& bytes) const {
-  std::FILE* const file = std::fopen(path(name).constData(), "wb");
-  if (file == nullptr) return {};
-  std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), file);
-  std::fclose(file);
-  return lumagrid::FileUrl::fromPath(path(name));
-}
-
-lumagrid::DecodedImage Folder::decode(const QByteArray& bytes) const {
-  return lumagrid::FileImageDecoder().decode(write("sample", bytes));
-}
-
-lumagrid::DecodedImage Folder::decodeBounded(const QByteArray& bytes, int bound) const {
-  return lumagrid::FileImageDecoder().decodeBounded(write("sample", bytes), bound);
-}
-
-bool isNear(const QImage& image, int x, int y, const QColor& color, int tolerance) {
-  const QColor found = image.pixelColor(x, y);
-  return std::abs(found.red() - color.red()) <= tolerance && std::abs(found.green() - color.green()) <= tolerance &&
-         std::abs(found.blue() - color.blue()) <= tolerance && std::abs(found.alpha() - color.alpha()) <= tolerance;
+QByteArray broken(QByteArray file, qsizetype headerBytes, std::minstd_rand& random) {
+  const auto below = [&random](qsizetype limit) { return static_cast<qsizetype>(random()) % limit; };
+  for (qsizetype hits = 1 + below(4); hits > 0; --hits) {
+    const qsizetype reach = below(2) == 0 ? file.size() : std::min(file.size(), headerBytes);
+    file[below(reach)] = static_cast<char>(below(4) == 0 ? 0xff : random());
+  }
+  if (below(8) == 0) file.truncate(below(file.size()));
+  return file;
 }
 
 }  // namespace samples

@@ -1,0 +1,301 @@
+#include <lcms2.h>
+
+#include <QTest>
+#include <QTransform>
+#include <QtEndian>
+#include <memory>
+
+#include "AreaScaling.h"
+#include "ColorConversion.h"
+#include "SamplePictures.h"
+
+using namespace lumagrid;
+using namespace samples;
+
+namespace {
+
+using Profile = std::unique_ptr<void, decltype(&cmsCloseProfile)>;
+
+Profile opened(const QByteArray& bytes) {
+  return {cmsOpenProfileFromMem(bytes.constData(), static_cast<cmsUInt32Number>(bytes.size())), &cmsCloseProfile};
+}
+
+QByteArray saved(const Profile& profile) {
+  cmsUInt32Number size = 0;
+  cmsSaveProfileToMem(profile.get(), nullptr, &size);
+  QByteArray bytes(static_cast<qsizetype>(size), '\0');
+  cmsSaveProfileToMem(profile.get(), bytes.data(), &size);
+  return bytes;
+}
+
+QByteArray linearGrayProfile() {
+  const std::unique_ptr<cmsToneCurve, decltype(&cmsFreeToneCurve)> curve(cmsBuildGamma(nullptr, 1), &cmsFreeToneCurve);
+  return saved({cmsCreateGrayProfile(cmsD50_xyY(), curve.get()), &cmsCloseProfile});
+}
+
+// Tables that say otherwise than the matrix beside them.
+QByteArray profileWithTables() {
+  const Profile profile = opened(QColorSpace(QColorSpace::DisplayP3).iccProfile());
+  const Profile effect(cmsCreateBCHSWabstractProfile(11, 30, 1, 60, 0, 0, 0), &cmsCloseProfile);
+  cmsWriteTag(profile.get(), cmsSigAToB0Tag, cmsReadTag(effect.get(), cmsSigAToB0Tag));
+  return saved(profile);
+}
+
+// The gray axis, then colours scattered over the cube; enough for several threads.
+QImage scatteredColors() {
+  QImage colors(2048, 2304, QImage::Format_RGBX8888);
+  auto* pixels = reinterpret_cast<quint32*>(colors.bits());
+  for (quint32 index = 0; index < 2048 * 2304; ++index) {
+    const quint32 color = index < 256 ? index * 0x10101U : index * 6700417U;  // odd, so that no colour comes twice
+    pixels[index] = qToLittleEndian(0xff000000U | color);
+  }
+  return colors;
+}
+
+// Samples of one pixel for a whole TIFF of 32 × 32.
+template <typename Sample>
+QByteArray tiffOf(std::map<quint16, quint32> fields, std::initializer_list<Sample> pixel) {
+  QByteArray bytes(static_cast<qsizetype>(pixel.size() * sizeof(Sample)), '\0');
+  qToBigEndian<Sample>(pixel.begin(), static_cast<qsizetype>(pixel.size()), bytes.data());
+  fields[TIFFTAG_IMAGEWIDTH] = fields[TIFFTAG_IMAGELENGTH] = 32;
+  fields[TIFFTAG_BITSPERSAMPLE] = sizeof(Sample) * 8;
+  fields[TIFFTAG_SAMPLESPERPIXEL] = static_cast<quint32>(pixel.size());
+  return tiff(fields, bytes.repeated(32 * 32));
+}
+
+QByteArray bmpOfVersion3() {
+  // A header of 56 bytes with masks for 5, 6 and 5 bits: what painting programs write for 16-bit pictures.
+  QByteArray bytes("BM\0\0\0\0\0\0\0\0\x46\0\0\0", 14);
+  bytes += QByteArray("\x38\0\0\0\x20\0\0\0\x20\0\0\0\x01\0\x10\0\x03\0\0\0", 20) + QByteArray(20, '\0');
+  bytes += QByteArray("\0\xf8\0\0\xe0\x07\0\0\x1f\0\0\0\0\0\0\0", 16);
+  return bytes + QByteArray("\0\x80", 2).repeated(32 * 32);
+}
+
+}  // namespace
+
+// Colours, alpha, sizes and turns of the pixels that come out.
+class ImagePixelsTest : public QObject {
+  Q_OBJECT
+
+ private Q_SLOTS:
+  void comesOutInSrgb_data() {
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QColor>("expected");  // premultiplied
+    const auto row = [](const char* name, const QByteArray& file, const QColor& expected) {
+      QTest::newRow(name) << file << expected;
+    };
+    const QColor color(200, 60, 40);
+    // What the primaries of wide-gamut displays make of it, by the matrices of both (IEC 61966-2-1, SMPTE EG 432-1).
+    const QColor widened(219, 41, 24);
+    const QColor grayed(55, 55, 55);
+    const QColor lightened(128, 128, 128);
+    const QByteArray wide = QColorSpace(QColorSpace::DisplayP3).iccProfile();
+    const QByteArray plain = jpeg(filled(color));
+    row("JPEG without a profile counts as sRGB", plain, color);
+    row("JPEG with a wide gamut", withProfile(plain, wide), widened);
+    row("JPEG with a damaged profile counts as sRGB", withProfile(plain, wide.left(200)), color);
+    row("JPEG with a profile for grays counts as sRGB", withProfile(plain, linearGrayProfile()), color);
+    const QByteArray gray = jpeg(filled(grayed), {.colors = JCS_GRAYSCALE});
+    row("gray JPEG of linear light", withProfile(gray, linearGrayProfile()), lightened);
+    row("gray JPEG with a profile for RGB", withProfile(gray, wide), grayed);
+    const QByteArray inks = jpeg(filled(color), {.colors = JCS_CMYK});
+    row("CMYK JPEG", inks, color);
+    row("CMYK JPEG with a profile for RGB", withProfile(inks, wide), color);
+
+    QImage tagged = filled(color);
+    tagged.setColorSpace(QColorSpace::DisplayP3);
+    row("PNG with a wide gamut", encoded(tagged, "png"), widened);
+    row("WebP with a wide gamut", encoded(tagged, "webp"), widened);
+    row("PNG of 16 bits with a wide gamut", encoded(tagged.convertToFormat(QImage::Format_RGBX64), "png"), widened);
+    const QByteArray png = encoded(filled(color), "png");
+    row("PNG whose gamma spells sRGB", withChunk(png, "gAMA", QByteArray("\0\0\xb1\x8f", 4)), color);
+    row("PNG of linear light", withChunk(encoded(filled(grayed), "png"), "gAMA", QByteArray("\0\x01\x86\xa0", 4)),
+        lightened);
+    row("BMP of version 3", bmpOfVersion3(), QColor(130, 0, 0));
+    row("HEIC that names its primaries", carried("wide-gamut.heic"), widened);
+    // Paper white lands on three quarters of the light: 0.75 through the curve of sRGB.
+    row("HEIC of high dynamic range", carried("high-range.heic"), QColor(225, 225, 225));
+
+    row("TIFF of 16 bits", tiffOf<quint16>({}, {200 * 257, 60 * 257, 40 * 257}), color);
+    row("TIFF of 32 bits", tiffOf<quint32>({}, {200U << 24, 60U << 24, 40U << 24}), color);
+    row("TIFF of signed samples", tiffOf<qint8>({{TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_INT}}, {200 - 128, -68, -88}),
+        color);
+    row("TIFF of floats, some out of range",
+        tiffOf<float>({{TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_IEEEFP}}, {2.F, 0.5F, std::nanf("")}), QColor(255, 128, 0));
+    row("TIFF whose zero is white", tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE}}, {200}), grayed);
+    const std::map<quint16, quint32> separated = {{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED}};
+    row("TIFF of inks", tiffOf<quint8>(separated, {55, 195, 215, 0}), color);
+    row("TIFF of inks, 16 bits", tiffOf<quint16>(separated, {55 * 257, 195 * 257, 215 * 257, 0}), color);
+
+    QImage translucent = filled(QColor(200, 60, 40, 128), {32, 32}, QImage::Format_ARGB32);
+    const QColor premultiplied(100, 30, 20, 128);
+    row("translucent PNG", encoded(translucent, "png"), premultiplied);
+    row("translucent AVIF", carried("half-transparent.avif"), premultiplied);
+    translucent.setColorSpace(QColorSpace::DisplayP3);
+    row("wide gamut: colours first, then alpha", encoded(translucent, "png"), QColor(110, 21, 12, 128));
+    row("TIFF with alpha apart", tiffOf<quint8>({{TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_UNASSALPHA}}, {200, 60, 40, 128}),
+        premultiplied);
+    row("TIFF with alpha in the colours",
+        tiffOf<quint8>({{TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_ASSOCALPHA}}, {100, 30, 20, 128}), premultiplied);
+    // Green that nobody sees beside red: the mean is red, half as strong.
+    QImage striped = filled(QColor(255, 0, 0, 128), {32, 32}, QImage::Format_ARGB32);
+    for (int y = 16; y < 18; ++y) {
+      striped.setPixelColor(8, y, QColor(0, 255, 0, 0));
+      striped.setPixelColor(9, y, Qt::red);
+    }
+    row("scaling keeps hidden colours out", encoded(striped, "png"), QColor(128, 0, 0, 128));
+  }
+
+  void comesOutInSrgb() {
+    QFETCH(const QByteArray, file);
+    QFETCH(const QColor, expected);
+    const bool isOpaque = expected.alpha() == 255;
+    for (const int bound : {0, 16}) {
+      const auto [pixels, error] = decoded(file, bound);
+      QCOMPARE(error, ImageError::none);
+      QCOMPARE(pixels.format(), isOpaque ? QImage::Format_RGBX8888 : QImage::Format_RGBA8888_Premultiplied);
+      const uchar* pixel = pixels.constScanLine(8) + 4 * 4;
+      const int wanted[] = {expected.red(), expected.green(), expected.blue(), expected.alpha()};
+      for (int channel = 0; channel < 4; ++channel) {
+        const int tolerance = channel == 3 && isOpaque ? 0 : 3;
+        QVERIFY2(std::abs(pixel[channel] - wanted[channel]) <= tolerance,
+                 qPrintable(u"%1: %2"_qs.arg(channel).arg(pixel[channel])));
+      }
+    }
+  }
+
+  void anSrgbProfileChangesNoPixel() {
+    const QImage image = rough({256, 64}, 0.5);
+    QCOMPARE(convertedToSrgb(image, ColorModel::rgb, QColorSpace(QColorSpace::SRgb).iccProfile()), image);
+  }
+
+  // Colours over the whole cube, whichever way they go.
+  void isWithinOneStepOfTheColorManagementLibrary_data() {
+    QTest::addColumn<QByteArray>("profile");
+    const auto row = [](const char* name, const QColorSpace& space) { QTest::newRow(name) << space.iccProfile(); };
+    row("displays of wide gamut", QColorSpace::DisplayP3);
+    row("photo papers", QColorSpace::AdobeRgb);
+    row("more than the eye sees", QColorSpace::ProPhotoRgb);
+    row("linear light", QColorSpace::SRgbLinear);
+    QList<quint16> bent;
+    for (int index = 0; index < 64; ++index) bent.append(static_cast<quint16>(index * index * 65535 / (63 * 63)));
+    row("a curve for each channel", QColorSpace(QColorSpace::DisplayP3).withTransferFunctions(bent, {0, 65535}, bent));
+    QTest::newRow("tables beside the matrix") << profileWithTables();
+  }
+
+  void isWithinOneStepOfTheColorManagementLibrary() {
+    QFETCH(const QByteArray, profile);
+    const QImage colors = scatteredColors();
+    const QImage found = convertedToSrgb(colors, ColorModel::rgb, profile);
+    QCOMPARE(found.size(), colors.size());
+    const Profile source = opened(profile);
+    const Profile srgb(cmsCreate_sRGBProfile(), &cmsCloseProfile);
+    cmsHTRANSFORM transform =
+        cmsCreateTransform(source.get(), TYPE_RGBA_8, srgb.get(), TYPE_RGBA_8, INTENT_PERCEPTUAL, cmsFLAGS_COPY_ALPHA);
+    QImage wanted(colors.size(), colors.format());
+    cmsDoTransform(transform, colors.constBits(), wanted.bits(), 2048 * 2304);
+    cmsDeleteTransform(transform);
+    int largest = 0;
+    for (qsizetype at = 0; at < wanted.sizeInBytes(); ++at) {
+      largest = std::max(largest, std::abs(found.constBits()[at] - wanted.constBits()[at]));
+    }
+    QVERIFY2(largest <= 1, qPrintable(QString::number(largest)));
+  }
+
+  void standsUpright_data() {
+    QTest::addColumn<QByteArray>("plain");
+    QTest::addColumn<QByteArray>("lying");
+    QTest::addColumn<QTransform>("turn");
+    const QTransform mirror(-1, 0, 0, 1, 0, 0);
+    const QTransform right(0, 1, -1, 0, 0, 0);
+    const QTransform half = right * right;
+    // By the number in EXIF data, of which 0 and 9 are invalid.
+    const QTransform turns[] = {{},           {}, mirror, half, mirror * half, right * mirror, right, mirror * right,
+                                right * half, {}};
+    // Large enough for memory of another kind, and cut by the edges of the squares in which it is turned.
+    const QImage image = rough({1205, 907}, 0.3);
+    const QByteArray plain = jpeg(image);
+    const QByteArray thumbnail = jpeg(filled(Qt::blue));  // in the file, and never used
+    for (char orientation = 0; orientation <= 9; ++orientation) {
+      QTest::addRow("JPEG with orientation %d", orientation)
+          << plain << withSegment(plain, 0xe1, exif(orientation) + thumbnail) << turns[size_t(orientation)];
+    }
+    const QByteArray png = encoded(image.copy(0, 0, 50, 41), "png");
+    QTest::newRow("PNG with orientation 6") << png << withChunk(png, "eXIf", exif(6).mid(6)) << turns[6];
+    const auto oriented = [&image](quint32 orientation) {
+      return tiff({{TIFFTAG_IMAGEWIDTH, 60}, {TIFFTAG_IMAGELENGTH, 50}, {TIFFTAG_ORIENTATION, orientation}},
+                  QByteArray(reinterpret_cast<const char*>(image.constBits()), 60 * 50 * 3));
+    };
+    QTest::newRow("TIFF with orientation 8") << oriented(1) << oriented(8) << turns[8];
+  }
+
+  void standsUpright() {
+    QFETCH(const QByteArray, plain);
+    QFETCH(const QByteArray, lying);
+    QFETCH(const QTransform, turn);
+    for (const int bound : {0, 37}) {
+      const auto [pixels, error] = decoded(lying, bound);
+      QCOMPARE(error, ImageError::none);
+      QCOMPARE(pixels, decoded(plain, bound).pixels.transformed(turn).convertToFormat(pixels.format()));
+    }
+  }
+
+  void comesOutInItsSize_data() {
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QSize>("whole");
+    QTest::addColumn<int>("bound");
+    QTest::addColumn<QSize>("bounded");
+    const auto row = [](const char* name, const QByteArray& file, QSize whole, int bound, QSize bounded) {
+      QTest::newRow(name) << file << whole << bound << bounded;
+    };
+    const auto plain = [](int width, int height) { return jpeg(filled(Qt::red, {width, height})); };
+    row("the shorter side is rounded", plain(1000, 667), {1000, 667}, 100, {100, 67});
+    row("a standing picture is bound in height", plain(400, 600), {400, 600}, 75, {50, 75});
+    row("a line never loses its last pixel", plain(2000, 3), {2000, 3}, 100, {100, 1});
+    row("a single pixel can be asked for", plain(64, 48), {64, 48}, 1, {1, 1});
+    row("a small picture is not enlarged", plain(33, 21), {33, 21}, 480, {33, 21});
+    row("HEIC, turned by its own property", carried("turned-right.heic"), {64, 96}, 48, {32, 48});
+
+    const auto dense = [file = plain(96, 64)](const char* bothDensities) {
+      return QByteArray(file).replace(file.indexOf("JFIF") + 8, 4, QByteArray(bothDensities, 4));
+    };
+    const QByteArray doubled = dense("\0\x90\0\x48");
+    row("twice as dense across, it grows in height", doubled, {96, 128}, 48, {36, 48});
+    row("twice as dense down, it grows in width", dense("\0\x01\0\x02"), {192, 64}, 48, {48, 16});
+    row("no density across", dense("\0\0\0\x48"), {96, 64}, 48, {48, 32});
+    row("a density that no device had", dense("\0\x01\xea\x60"), {96, 64}, 48, {48, 32});
+    row("turned after it was stretched", withSegment(doubled, 0xe1, exif(6)), {128, 96}, 48, {48, 36});
+    QImage image = filled(Qt::red, {96, 64});
+    const QByteArray rounded("\0\0\x0b\x12\0\0\x0b\x13\x01", 9);
+    row("a unit that was rounded", withChunk(encoded(image, "png"), "pHYs", rounded), {96, 64}, 48, {48, 32});
+    image.setDotsPerMeterX(2 * image.dotsPerMeterY());
+    row("PNG, twice as dense across", encoded(image, "png"), {96, 128}, 48, {36, 48});
+    row("TIFF, twice as dense across", encoded(image, "tiff"), {96, 128}, 48, {36, 48});
+  }
+
+  void comesOutInItsSize() {
+    QFETCH(const QByteArray, file);
+    QFETCH(const int, bound);
+    QTEST(decoded(file).pixels.size(), "whole");
+    QTEST(decoded(file, bound).pixels.size(), "bounded");
+  }
+
+  void scaledPixelsAreMeansOfTheirAreas() {
+    // One white column in four, so that each pixel of the result covers 7/3 columns.
+    QImage stripes = filled(Qt::black, {7, 2}, QImage::Format_RGBA8888_Premultiplied);
+    for (const int x : {0, 4}) {
+      for (const int y : {0, 1}) stripes.setPixelColor(x, y, Qt::white);
+    }
+    const QImage scaled = scaledTo(stripes, {3, 1});
+    for (int x = 0; x < 3; ++x) {
+      const int mean = qRound(255 * (1 - x / 3.0) / (7.0 / 3));
+      QCOMPARE(scaled.pixel(x, 0), qRgb(mean, mean, mean));
+    }
+    const QSize size(123, 45);
+    QCOMPARE(scaledTo(filled(Qt::white, {999, 777}, QImage::Format_RGBX8888), size),
+             filled(Qt::white, size, QImage::Format_RGBX8888));
+  }
+};
+
+QTEST_GUILESS_MAIN(ImagePixelsTest)
+#include "ImagePixelsTest.moc"
