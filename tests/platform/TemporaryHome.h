@@ -6,6 +6,8 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <fstream>
+#include <optional>
 
 // A home folder for one test program, made before anything has read where the home is. A program started by root goes
 // on as nobody, because root passes every permission test.
@@ -42,19 +44,13 @@ class TemporaryHome {
 
 // Creates or replaces a file by its bytes, which need not be UTF-8.
 inline bool writeFile(const QByteArray& path, const QByteArray& content) {
-  std::FILE* file = std::fopen(path.constData(), "wb");
-  if (!file) return false;
-  const bool written =
-      std::fwrite(content.constData(), 1, std::size_t(content.size()), file) == std::size_t(content.size());
-  return std::fclose(file) == 0 && written;
+  std::ofstream file(path.constData(), std::ios::binary);
+  return bool(file.write(content.constData(), content.size()).flush());
 }
 
 // Nothing when there is no such file.
 inline std::optional<QByteArray> readFile(const QByteArray& path) {
-  std::FILE* file = std::fopen(path.constData(), "rb");
+  std::ifstream file(path.constData(), std::ios::binary);
   if (!file) return std::nullopt;
-  QByteArray content(64 * 1024, '\0');
-  content.truncate(qsizetype(std::fread(content.data(), 1, std::size_t(content.size()), file)));
-  std::fclose(file);
-  return content;
+  return QByteArray::fromStdString(std::string(std::istreambuf_iterator<char>(file), {}));
 }
