@@ -13,9 +13,10 @@ namespace {
 QQuickWindow& shown(QQuickWindow* window) {
   if (!window) qFatal("The window cannot be made");
   window->show();
-  if (!QTest::qWaitForWindowExposed(window)) qFatal("The window does not show");
   window->requestActivate();
-  if (!QTest::qWaitForWindowActive(window)) qFatal("The window does not become active");
+  if (!QTest::qWaitForWindowExposed(window, 60'000) || !QTest::qWaitForWindowActive(window, 60'000)) {
+    qFatal("The window does not show");
+  }
   return *window;
 }
 
@@ -50,7 +51,7 @@ void UiWindow::openPhoto(QAnyStringView name) {
 }
 
 QAccessibleInterface* UiWindow::find(QAnyStringView name, QAccessible::Role role) const {
-  return findBelow(root(), name.toString(), role);
+  return findBelow(QAccessible::queryAccessibleInterface(&window), name.toString(), role);
 }
 
 bool UiWindow::isEnabled(QAnyStringView name) const {
@@ -75,39 +76,28 @@ void UiWindow::click(QAnyStringView name, Qt::KeyboardModifiers modifiers) {
   QTest::mouseClick(&window, Qt::LeftButton, modifiers, rect.center());
 }
 
-void UiWindow::drag(QPoint from, const QList<QPoint>& way) {
-  QTest::mousePress(&window, Qt::LeftButton, {}, from);
-  for (const QPoint& translation : way) QTest::mouseMove(&window, from + translation);
-  QTest::mouseRelease(&window, Qt::LeftButton, {}, from + way.last());
-}
-
 void UiWindow::turnWheel(int angle, Qt::KeyboardModifiers modifiers, int pixels) {
   QWheelEvent event(middle(), window.mapToGlobal(middle()), {0, pixels}, {0, angle}, Qt::NoButton, modifiers,
                     Qt::NoScrollPhase, false);
   QCoreApplication::sendEvent(&window, &event);
 }
 
-void UiWindow::gesture(Qt::NativeGestureType type, double value) {
-  QNativeGestureEvent event(type, QPointingDevice::primaryPointingDevice(), 2, middle(), middle(),
-                            window.mapToGlobal(middle()), value, {});
-  QCoreApplication::sendEvent(&window, &event);
-  if (type != Qt::ZoomNativeGesture) m_magnification = 1;
+void UiWindow::pinch(const QList<double>& magnifications, const std::function<void()>& atTheLast) {
+  const auto send = [this](Qt::NativeGestureType type, double value) {
+    QNativeGestureEvent event(type, QPointingDevice::primaryPointingDevice(), 2, middle(), middle(),
+                              window.mapToGlobal(middle()), value, {});
+    QCoreApplication::sendEvent(&window, &event);
+  };
+  send(Qt::BeginNativeGesture, 0);
+  double before = 1;
+  for (const double now : magnifications) send(Qt::ZoomNativeGesture, now / std::exchange(before, now) - 1);
+  if (atTheLast) atTheLast();
+  send(Qt::EndNativeGesture, 0);
 }
 
-void UiWindow::changePinch(double magnification) {
-  gesture(Qt::ZoomNativeGesture, magnification / m_magnification - 1);
-  m_magnification = magnification;
-}
-
-void UiWindow::pinch(const QList<double>& magnifications) {
-  beginPinch();
-  for (const double magnification : magnifications) changePinch(magnification);
-  endPinch();
-}
-
-bool UiWindow::drop(const QList<QUrl>& urls) {
+bool UiWindow::drop(const FileUrl& file) {
   QMimeData data;
-  data.setUrls(urls);
+  data.setUrls({QUrl::fromLocalFile(QFile::decodeName(file.path()))});
   constexpr auto kActions = Qt::CopyAction | Qt::MoveAction;
   QDragEnterEvent enter(middle(), kActions, &data, Qt::LeftButton, {});
   QCoreApplication::sendEvent(&window, &enter);

@@ -19,12 +19,10 @@ struct UiApp {
   Appearance appearance;
   LumagridApp app;
 
-  explicit UiApp(ColorScheme colorScheme = ColorScheme::light)
-      : appearance(colorScheme), app({platform.services(), platform.preferences, platform.popupMenu, appearance}) {}
-  // With a Trash of its own.
-  explicit UiApp(Trash& trash)
-      : appearance(ColorScheme::light),
-        app({{platform.decoder, trash, platform.chooser, platform.alert, platform.access},
+  // The platform's Trash, unless there is one of the test's own.
+  explicit UiApp(ColorScheme colorScheme = ColorScheme::light, Trash* trash = nullptr)
+      : appearance(colorScheme),
+        app({{platform.decoder, trash ? *trash : platform.trash, platform.chooser, platform.alert, platform.access},
              platform.preferences,
              platform.popupMenu,
              appearance}) {}
@@ -34,7 +32,6 @@ struct UiApp {
 // the window.
 class UiWindow {
  public:
-  // Shown when the constructor returns.
   explicit UiWindow(UiApp& app);
   UiWindow(UiApp& app, const FileUrl& folder) : UiWindow(app) { open(folder); }
 
@@ -46,7 +43,6 @@ class UiWindow {
   void open(const FileUrl& folder);
   void openPhoto(QAnyStringView name);
 
-  [[nodiscard]] QAccessibleInterface* root() const { return QAccessible::queryAccessibleInterface(&window); }
   // What shows under this name; null when nothing does.
   [[nodiscard]] QAccessibleInterface* find(QAnyStringView name, QAccessible::Role role = QAccessible::NoRole) const;
   [[nodiscard]] bool shows(QAnyStringView name) const { return find(name) != nullptr; }
@@ -57,26 +53,24 @@ class UiWindow {
 
   void click(QAnyStringView name, Qt::KeyboardModifiers modifiers = {});
   void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&window, key, modifiers); }
-  void drag(QPoint from, const QList<QPoint>& way);
   // `angle` in eighths of a degree; `pixels`, where there are any, scroll by exact points.
   void turnWheel(int angle, Qt::KeyboardModifiers modifiers = {}, int pixels = 0);
   // Two fingers on a touch pad, over the middle of the window; magnifications are relative to the start.
-  void beginPinch() { gesture(Qt::BeginNativeGesture, 0); }
-  void changePinch(double magnification);
-  void endPinch() { gesture(Qt::EndNativeGesture, 0); }
-  void pinch(const QList<double>& magnifications);
-  // Drops `urls` on the middle of the window; whether the window took them.
-  bool drop(const QList<QUrl>& urls);
+  void pinch(const QList<double>& magnifications, const std::function<void()>& atTheLast = nullptr);
+  // Drops `file` on the middle of the window; whether the window took it.
+  bool drop(const FileUrl& file);
 
   [[nodiscard]] QPoint middle() const { return {window.width() / 2, window.height() / 2}; }
   [[nodiscard]] int menuBarHeight() const { return window.minimumHeight() - 760; }
   [[nodiscard]] QImage grab() { return window.grabWindow().convertToFormat(QImage::Format_RGB32); }
 
  private:
-  void gesture(Qt::NativeGestureType type, double value);
-
   UiApp& m_app;
-  double m_magnification = 1;
+};
+
+// An application with one window.
+struct OnlyWindow : UiApp, UiWindow {
+  explicit OnlyWindow(const FileUrl& folder) : UiWindow(static_cast<UiApp&>(*this), folder) {}
 };
 
 // A folder of small pictures under these names, dark cyan all over.
@@ -91,10 +85,6 @@ class Photos : public PhotoFolder {
 
 inline QString photoName(int number) {
   return QString::number(number) + QStringLiteral(".jpg");
-}
-
-inline QUrl toUrl(const FileUrl& file) {
-  return QUrl::fromLocalFile(QFile::decodeName(file.path()));
 }
 
 }  // namespace lumagrid
