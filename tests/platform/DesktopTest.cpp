@@ -1,0 +1,224 @@
+#include <QFileDialog>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QProcess>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+#include <QWindow>
+#include <QtDBus/QtDBus>
+
+#include "PortalAppearance.h"
+#include "QtAlert.h"
+#include "QtFolderChooser.h"
+#include "QtPopupMenu.h"
+#include "SettingsPreferences.h"
+#include "TemporaryHome.h"
+#include "WidgetPalette.h"
+
+using namespace lumagrid;
+
+namespace {
+
+const TemporaryHome kHome;
+
+// Calls `answer` from the event loop of the modal dialog that opens next.
+template <typename Dialog>
+void whenOpen(std::function<void(Dialog&)> answer) {
+  QTimer::singleShot(0, [answer] { answer(dynamic_cast<Dialog&>(*QApplication::activeModalWidget())); });
+}
+
+QMenu* openMenu() {
+  return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+}
+
+}  // namespace
+
+// The settings portal, which prefers the dark until it is changed.
+class FakePortal : public QObject {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
+
+ public Q_SLOTS:
+  Q_SCRIPTABLE QDBusVariant Read(const QString&, const QString&) {
+    return QDBusVariant(QVariant::fromValue(QDBusVariant(1U)));
+  }
+
+ Q_SIGNALS:
+  Q_SCRIPTABLE void SettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+};
+
+class DesktopTest : public QObject {
+  Q_OBJECT
+
+ private:
+  MenuEntry entry(const char* title) {
+    return {.title = QString::fromLatin1(title), .action = [this, title] { m_ran = openMenu() ? "too early" : title; }};
+  }
+  void open(const std::vector<MenuEntry>& entries) { m_menu.open(&m_window, QPoint(10, 10), entries); }
+
+  Appearance m_appearance{ColorScheme::light};
+  WidgetPalette m_palette{m_appearance};
+  QWindow m_window;
+  QtPopupMenu m_menu{m_palette};
+  QByteArray m_ran;  // the menu entry
+
+ private Q_SLOTS:
+  void initTestCase() { m_window.show(); }
+
+  void alertAnswers() {
+    const auto ask = [this](const std::function<void(QMessageBox&)>& answer) {
+      whenOpen(answer);
+      return QtAlert(m_palette).runModal({QStringLiteral("<b>x</b> &amp;"),
+                                          QStringLiteral("\"<img src=x>\n<i>.jpg\" will be moved."),
+                                          {QStringLiteral("Move && Go"), QStringLiteral("Cancel")}});
+    };
+    QCOMPARE(ask([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }), 0);
+    QCOMPARE(ask([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }), 1);
+    QString shown;
+    const auto read = [this, &shown](QMessageBox& box) {
+      for (const QLabel* label : box.findChildren<QLabel*>()) {
+        if (label->isVisible() && label->textFormat() == Qt::PlainText) shown += label->text();
+      }
+      shown += box.defaultButton()->text();
+      if (box.windowHandle()->transientParent() == &m_window && box.isModal()) box.done(-5);
+    };
+    QCOMPARE(ask(read), 1);  // it went unanswered
+    QCOMPARE(shown, QStringLiteral("<b>x</b> &amp;\"<img src=x>\n<i>.jpg\" will be moved.Move &&&& Go"));
+  }
+
+  void chooserReturnsAnExistingFolder() {
+    const QString folder = QFile::decodeName(kHome.path() + "/Photos & <b>more");
+    QVERIFY(QDir().mkpath(folder));
+    bool isFit = false;
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+      const auto* newFolder = dialog.findChild<QToolButton*>(QStringLiteral("newFolderButton"));
+      isFit = dialog.fileMode() == QFileDialog::Directory && dialog.windowTitle() == QStringLiteral("Title") &&
+              dialog.labelText(QFileDialog::Accept) == QStringLiteral("Choose") &&
+              dialog.windowHandle()->transientParent() == &m_window && newFolder && !newFolder->isEnabled();
+      dialog.setDirectory(folder);
+      QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    QtFolderChooser chooser(m_palette);
+    QCOMPARE(chooser.chooseFolder(QStringLiteral("Title"), QStringLiteral("Choose")), FileUrl::fromPath(folder));
+    QVERIFY(isFit);
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
+    QCOMPARE(chooser.chooseFolder(QString(), QString()), std::nullopt);
+  }
+
+  void menuRunsTheChosenEntryOnceItHasGone() {
+    MenuEntry first = entry("Tom & Jerry\tfoo");
+    first.mark = MenuEntry::Mark::check;
+    MenuEntry second = entry("second");
+    second.shortcut = QStringLiteral("Ctrl+Q");
+    const std::vector<MenuEntry> entries = {
+        first, {}, second, {.title = QStringLiteral("More"), .submenu = {entry("inner")}}};
+    const auto choose = [&](const QList<QKeyCombination>& keys) {
+      m_ran.clear();
+      open(entries);
+      for (const QKeyCombination key : keys) QTest::keyClick(openMenu(), key.key(), key.keyboardModifiers());
+      QCoreApplication::processEvents();
+      return m_ran;
+    };
+    QCOMPARE(choose({Qt::Key_Down, Qt::Key_Down, Qt::Key_Return}), QByteArray("second"));  // over the separator
+    QCOMPARE(choose({Qt::Key_Up, Qt::Key_Right, Qt::Key_Return}), QByteArray("inner"));
+    QCOMPARE(choose({Qt::CTRL | Qt::Key_Q, Qt::Key_Escape}), QByteArray());
+    QVERIFY(!openMenu());
+    open(entries);
+    QCOMPARE(openMenu()->windowHandle()->transientParent(), &m_window);
+    const QList<QAction*> actions = openMenu()->actions();
+    QCOMPARE(actions[0]->text(), QStringLiteral("Tom && Jerry foo"));
+    QCOMPARE(actions[2]->text(), QStringLiteral("second\tCtrl+Q"));
+    QVERIFY(actions[0]->isChecked() && !actions[2]->isCheckable());
+  }
+
+  void oneMenuIsOpenAtATime() {
+    MenuEntry second = entry("second");
+    second.action = [this] { open({entry("third")}); };
+    open({second});  // the one that was open goes
+    QCoreApplication::processEvents();
+    QVERIFY(openMenu());
+    QTest::keyClick(openMenu(), Qt::Key_Down);
+    QTest::keyClick(openMenu(), Qt::Key_Return);
+    QTRY_VERIFY(openMenu());
+    QCOMPARE(openMenu()->actions().first()->text(), QStringLiteral("third"));
+    openMenu()->close();
+  }
+
+  // … and keeps the next list until it is removed.
+  void preferencesBearWhateverTheFileHolds() {
+    const QString key = QStringLiteral("paths");
+    QVERIFY(QDir(QFile::decodeName(kHome.path())).mkpath(QStringLiteral("config/lumagrid")));
+    QByteArray noise("[General]\npat");
+    for (int byte = 0; byte < 4096; ++byte) noise.append(char((byte * 131 + byte / 7) & 0xFF));
+    const QStringList nasty = {QStringLiteral("/b"), QStringLiteral("\"[x]\"=;#\\n\n%41"), QStringLiteral("/\u5199")};
+    const QStringList single = {QStringLiteral("@Size(1 2), b")};
+    for (const QByteArray& content : {QByteArray("[General]\npaths=/a, @Size(1 2)\n"),
+                                      QByteArray("[General]\npaths=@Variant(\\0\\0\\x7f\\xff)\n"), noise}) {
+      for (const QStringList& list : {nasty, single}) {
+        QVERIFY(writeFile(kHome.path() + "/config/lumagrid/lumagrid.conf", content));
+        QCOMPARE(SettingsPreferences().stringArray(key), std::nullopt);
+        SettingsPreferences().set(key, list);
+        QCOMPARE(SettingsPreferences().stringArray(key), list);
+        SettingsPreferences().removeObject(key);
+        QCOMPARE(SettingsPreferences().stringArray(key), std::nullopt);
+      }
+    }
+  }
+
+  void followsThePaletteWithoutABus() {
+    const PortalAppearance appearance;
+    QCOMPARE(appearance.colorScheme(), ColorScheme::light);
+    QApplication::setPalette(QPalette(Qt::black));  // for the application's own widgets: not what the desktop wants
+    QCOMPARE(colorSchemeOf(QApplication::palette()), ColorScheme::dark);
+    QCOMPARE(appearance.colorScheme(), ColorScheme::light);
+    QApplication::setPalette(QPalette());
+  }
+
+  void followsThePortal() {
+    QProcess daemon;
+    daemon.start(QStringLiteral("dbus-daemon"),
+                 {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+    QVERIFY2(daemon.waitForReadyRead(), "dbus-daemon does not start");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", daemon.readLine().trimmed());
+    FakePortal portal;
+    auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"));
+    bus.registerObject(QStringLiteral("/org/freedesktop/portal/desktop"), &portal,
+                       QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
+    bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+
+    const PortalAppearance overridden(ColorScheme::light);
+    const PortalAppearance appearance;
+    const QSignalSpy changes(&appearance, &Appearance::colorSchemeChanged);
+    WidgetPalette palette(appearance);
+    QCOMPARE(appearance.colorScheme(), ColorScheme::light);  // nothing is known yet, and nothing was waited for
+    QTRY_COMPARE(appearance.colorScheme(), ColorScheme::dark);
+    QVERIFY(!QCoreApplication::testAttribute(Qt::AA_SetPalette));  // no dialog has opened
+    palette.apply();
+    const auto change = [&portal](const char* group, const char* key, uint value) {
+      Q_EMIT portal.SettingChanged(QLatin1String(group), QLatin1String(key), QDBusVariant(value));
+    };
+    for (const uint light : {2U, 0U}) {  // without a preference, as the desktop's palette
+      QCOMPARE(colorSchemeOf(QWidget().palette()), ColorScheme::dark);
+      change("org.freedesktop.appearance", "contrast", 2);
+      change("org.gnome.desktop.interface", "color-scheme", 2);
+      change("org.freedesktop.appearance", "color-scheme", 1);
+      change("org.freedesktop.appearance", "color-scheme", light);
+      QTRY_COMPARE(appearance.colorScheme(), ColorScheme::light);
+      QVERIFY(!QCoreApplication::testAttribute(Qt::AA_SetPalette));  // the desktop's own is light already
+      change("org.freedesktop.appearance", "color-scheme", 1);
+      QTRY_COMPARE(appearance.colorScheme(), ColorScheme::dark);
+    }
+    QCOMPARE(changes.count(), 5);
+    QCOMPARE(overridden.colorScheme(), ColorScheme::light);
+    QDBusConnection::disconnectFromBus(QStringLiteral("portal"));
+    daemon.terminate();
+    daemon.waitForFinished();
+  }
+};
+
+QTEST_MAIN(DesktopTest)
+#include "DesktopTest.moc"
