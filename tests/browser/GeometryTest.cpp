@@ -1,0 +1,132 @@
+#include <QTest>
+#include <cmath>
+
+#include "GridMetrics.h"
+#include "PhotoViewGeometry.h"
+#include "PhotoViewMotion.h"
+
+using namespace lumagrid;
+using Curve = PhotoViewMotion::Curve;
+
+// Where the tiles of the grid lie, the photo and its own tiles, and how the photo moves.
+class GeometryTest : public QObject {
+  Q_OBJECT
+
+ private Q_SLOTS:
+  void gridFitsTheStage() {
+    const auto side = [](QSizeF stage, int dimension) { return GridMetrics::fitting(stage, dimension).cellSide; };
+    QCOMPARE(side({1000, 700}, 4), 152.0);  // the height limits
+    QCOMPARE(side({400, 2000}, 2), 169.0);  // the width limits
+    QCOMPARE(side({300, 300}, 6), 88.0);    // never smaller
+    QCOMPARE(side({100, 100}, 2), 100.0);   // nor less for all of them
+  }
+
+  void placesTheTilesOfTheGrid() {
+    QCOMPARE(layoutOf(6, {601, 500}).tileRect(0), QRectF(79, 24, 100, 100));    // centred, on whole points
+    QCOMPARE(layoutOf(6, {300, 500}).tileRect(5).topLeft(), QPointF(43, 138));  // wider than the viewport
+    const GridLayout layout = layoutOf(100'000);
+    QCOMPARE(layout.centeringContentY(7), 0.0);
+    QCOMPARE(layout.centeringContentY(50'000), 24 + 12'500 * 114.0 + 50 - 250);
+    QCOMPARE(layout.centeringContentY(99'999), 24 + 25'000 * 114.0 - 14 + 24 - 500);
+    QCOMPARE(layoutOf(8).centeringContentY(7), 0.0);
+  }
+
+  void visibleRowsAreThoseThatTouchTheViewport() {
+    const GridLayout layout = layoutOf(42, {600, 250});
+    for (double contentY = -200; contentY <= layout.contentHeight() + 300; contentY += 1) {  // pulled beyond the ends
+      const auto [first, last] = layout.visibleIndices(contentY);
+      const QRectF viewport(-1000, contentY, 3000, 250);
+      for (std::int64_t index = 0; index < layout.count; ++index) {
+        QCOMPARE(index >= first && index < last, layout.tileRect(index).intersects(viewport));
+      }
+    }
+    QCOMPARE(layoutOf(0).visibleIndices(0), (std::pair<std::int64_t, std::int64_t>(0, 0)));
+  }
+
+  void placesThePhoto() {
+    QCOMPARE(fittedRect({1100, 760}, {3000, 1500}), QRectF(75, 142.5, 950, 475));
+    QCOMPARE(fittedRect({1100, 760}, {5, 10}), QRectF(389, 58, 322, 644));
+    QCOMPARE(fittedRect({100, 50}, {9, 9}), QRectF(-40, -65, 180, 180));  // the box is never smaller
+    QCOMPARE(fittedRect({1100, 760}, {}), QRectF());
+    QCOMPARE(pixelAligned({1, 2, 3, 5}, {1, 0}, 1.5), QRectF(1, 2, 10 / 3.0, 16 / 3.0));
+    QCOMPARE(pixelAligned({0, 100, 900, 0.1}, {}, 1), QRectF(0, 100, 900, 1));  // never thinner than a pixel
+    QCOMPARE(placedRect({100, 50, 800, 500}, {1000, 600}, {2, {40, -25}}), QRectF(-260, -225, 1600, 1000));
+  }
+
+  void choosesLevelAndTiles() {
+    for (const auto& [photoPixels, level] : {std::pair(0.2, 0), {1.999, 0}, {2.0, 1}, {6.56, 2}, {100.0, 3}}) {
+      QCOMPARE(levelFor(photoPixels, 4), level);
+    }
+    const auto tiles = [](const QRectF& visible) { return tilesTouching(visible, {20000, 10000}, 0); };
+    QCOMPARE(tiles({510, 0, 510, 510}), QRect(1, 0, 1, 1));  // up to a tile's edge, not past it
+    QCOMPARE(tiles({20001, 0, 1100, 760}), QRect());         // dragged out of sight
+  }
+
+  // Each level's tiles cover the photo once; each is uploaded whole, with its border, in at most 512 x 512.
+  void tilesCoverThePhotoOnce() {
+    const QSize photo(20000, 10001);
+    QSize levelSize = photo;
+    for (int level = 0; level < 6; ++level) {
+      double area = 0;
+      const QRect tiles = tilesTouching({-1e6, -1e6, 2e6, 2e6}, photo, level);
+      for (int index = 0; index < tiles.width() * tiles.height(); ++index) {
+        const PhotoTile tile{level, index % tiles.width(), index / tiles.width()};
+        const QRectF part = tile.photoRect(photo);
+        const QRect texels = tile.texels(levelSize);
+        const QRectF source = tile.sourceRect(part);
+        area += part.width() * part.height();
+        QVERIFY(texels.width() <= 512 && texels.height() <= 512);
+        QVERIFY(tile.parent().photoRect(photo).contains(part));
+        // A border texel lies between the part and the texture's edge, but at the photo's own edges.
+        QVERIFY(
+            QRectF({}, QSizeF(texels.size()))
+                .adjusted(tile.column > 0, tile.row > 0, -(tile.column < tiles.right()), -(tile.row < tiles.bottom()))
+                .contains(source));
+      }
+      QCOMPARE(area, 20000.0 * 10001.0);
+      levelSize = {(levelSize.width() + 1) / 2, (levelSize.height() + 1) / 2};
+    }
+  }
+
+  void movementsArrive() {
+    for (const auto& [curve, longest] : {std::pair(Curve::Spring, 0.8), std::pair(Curve::EaseOut, 0.12)}) {
+      const PhotoViewMotion motion(curve, m_zoomed, {});
+      QVERIFY(motion.duration() <= longest);
+      QCOMPARE(motion.at(0), m_zoomed);
+      QCOMPARE(motion.at(motion.duration()), PhotoPlacement{});
+      // The last step cannot be seen.
+      const PhotoPlacement nearly = motion.at(motion.duration() - 0.0001);
+      QVERIFY(std::abs(nearly.scale - 1) < 0.001 && std::hypot(nearly.offset.x(), nearly.offset.y()) < 0.5);
+    }
+    QCOMPARE(PhotoViewMotion(Curve::EaseOut, m_zoomed, {}).at(0.06).scale, 1.75);  // three quarters at half time
+  }
+
+  // By 1.5165 % of the way, after half a damped period.
+  void springPassesItsTargetOnceToSee() {
+    const PhotoViewMotion motion(Curve::Spring, m_zoomed, {});
+    const auto passed = [&motion](int milliseconds) { return 1 - motion.at(milliseconds / 1000.0).scale; };
+    QVERIFY(std::abs(passed(250) - 3 * 0.015165) < 0.001);
+    for (int time = 0; time < 250; ++time) QVERIFY(passed(time) < passed(time + 1));
+    for (int time = 251; time < 1000; ++time) QVERIFY(std::abs(passed(time)) < passed(250));
+  }
+
+  void newTargetKeepsPlaceAndSpeed() {
+    const PhotoViewMotion first(Curve::Spring, m_zoomed, {});
+    const PhotoViewMotion second = first.retargeted(Curve::Spring, {2, {-50, 70}}, 0.1);
+    QVERIFY(std::abs(second.at(0).scale - first.at(0.1).scale) < 1e-9);
+    const double before = first.at(0.1).scale - first.at(0.09999).scale;
+    QVERIFY(std::abs(second.at(0.00001).scale - second.at(0).scale - before) < 5e-7);
+    QCOMPARE(second.at(second.duration()), (PhotoPlacement{2, {-50, 70}}));
+  }
+
+ private:
+  // Tiles of 100 points in 4 columns: rows of 114 points from 24 on.
+  static GridLayout layoutOf(std::int64_t count, QSizeF viewport = {600, 500}) {
+    return {{100, 14, {24, 24, 24, 24}}, 4, count, viewport};
+  }
+
+  const PhotoPlacement m_zoomed{4, {300, -200}};
+};
+
+QTEST_APPLESS_MAIN(GeometryTest)
+#include "GeometryTest.moc"
