@@ -154,6 +154,7 @@ class ImagePixelsTest : public QObject {
       const auto [pixels, error] = decoded(file, bound);
       QCOMPARE(error, ImageError::none);
       QCOMPARE(pixels.format(), isOpaque ? QImage::Format_RGBX8888 : QImage::Format_RGBA8888_Premultiplied);
+      QVERIFY(bound == 0 || pixels.width() == bound);
       const uchar* pixel = pixels.constScanLine(8) + 4 * 4;
       const int wanted[] = {expected.red(), expected.green(), expected.blue(), expected.alpha()};
       for (int channel = 0; channel < 4; ++channel) {
