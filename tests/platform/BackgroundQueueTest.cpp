@@ -67,7 +67,7 @@ class BackgroundQueueTest : public QObject {
     std::atomic<int> taken = 0;
     std::atomic<int> ended = 0;
     int reported = 0;
-    QSemaphore open(1);
+    QSemaphore open(10);
     auto queue = std::make_unique<BackgroundQueue>(2);
     std::vector<Ticket> tickets;
     for (int piece = 0; piece < 1000; ++piece) {
@@ -83,6 +83,7 @@ class BackgroundQueueTest : public QObject {
       };
       tickets.push_back(queue->enqueue(work, finished));
     }
+    while (ended < 10) std::this_thread::yield();  // several ends wait to be reported
     QTRY_VERIFY(!queue);
     QCOMPARE(ended.load(), taken.load());
     QCoreApplication::processEvents();
