@@ -217,9 +217,9 @@ class ImagePixelsTest : public QObject {
     const QImage image = rough({1205, 907}, 0.3);
     const QByteArray plain = jpeg(image);
     const QByteArray thumbnail = jpeg(filled(Qt::blue));  // in the file, and never used
-    for (char orientation = 0; orientation <= 9; ++orientation) {
+    for (int orientation = 0; orientation <= 9; ++orientation) {
       QTest::addRow("JPEG with orientation %d", orientation)
-          << plain << withSegment(plain, 0xe1, exif(orientation) + thumbnail) << turns[size_t(orientation)];
+          << plain << withSegment(plain, 0xe1, exif(orientation) + thumbnail) << turns[orientation];
     }
     const QByteArray png = encoded(image.copy(0, 0, 50, 41), "png");
     QTest::newRow("PNG with orientation 6") << png << withChunk(png, "eXIf", exif(6).mid(6)) << turns[6];
@@ -257,14 +257,14 @@ class ImagePixelsTest : public QObject {
     row("a small picture is not enlarged", plain(33, 21), {33, 21}, 480, {33, 21});
     row("HEIC, turned by its own property", carried("turned-right.heic"), {64, 96}, 48, {32, 48});
 
-    const auto dense = [file = plain(96, 64)](const char* bothDensities) {
-      return QByteArray(file).replace(file.indexOf("JFIF") + 8, 4, QByteArray(bothDensities, 4));
+    const auto dense = [file = plain(96, 64)](const QByteArray& bothDensities) {
+      return QByteArray(file).replace(file.indexOf("JFIF") + 8, 4, bothDensities);
     };
-    const QByteArray doubled = dense("\0\x90\0\x48");
+    const QByteArray doubled = dense(QByteArray("\0\x90\0\x48", 4));
     row("twice as dense across, it grows in height", doubled, {96, 128}, 48, {36, 48});
-    row("twice as dense down, it grows in width", dense("\0\x01\0\x02"), {192, 64}, 48, {48, 16});
-    row("no density across", dense("\0\0\0\x48"), {96, 64}, 48, {48, 32});
-    row("a density that no device had", dense("\0\x01\xea\x60"), {96, 64}, 48, {48, 32});
+    row("twice as dense down, it grows in width", dense(QByteArray("\0\x01\0\x02", 4)), {192, 64}, 48, {48, 16});
+    row("no density across", dense(QByteArray("\0\0\0\x48", 4)), {96, 64}, 48, {48, 32});
+    row("a density that no device had", dense(QByteArray("\0\x01\xea\x60", 4)), {96, 64}, 48, {48, 32});
     row("turned after it was stretched", withSegment(doubled, 0xe1, exif(6)), {128, 96}, 48, {48, 36});
     QImage image = filled(Qt::red, {96, 64});
     const QByteArray rounded("\0\0\x0b\x12\0\0\x0b\x13\x01", 9);

@@ -98,9 +98,9 @@ QByteArray withProfile(const QByteArray& jpeg, const QByteArray& profile) {
   return withSegment(withFirst, 0xe2, name + "\x02\x02" + profile.mid(half));
 }
 
-QByteArray exif(char orientation) {
+QByteArray exif(int orientation) {
   const QByteArray beforeValue("Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0", 24);
-  return beforeValue + orientation + QByteArray(7, '\0');
+  return beforeValue + static_cast<char>(orientation) + QByteArray(7, '\0');
 }
 
 QByteArray withChunk(const QByteArray& png, const QByteArray& name, const QByteArray& content) {

@@ -35,7 +35,7 @@ QByteArray jpeg(const QImage& image, const JpegSpec& spec = {});
 QByteArray withSegment(const QByteArray& jpeg, unsigned char marker, const QByteArray& content);
 QByteArray withProfile(const QByteArray& jpeg, const QByteArray& profile);
 // The data of an Exif segment: one directory with nothing but an orientation.
-QByteArray exif(char orientation);
+QByteArray exif(int orientation);
 
 // A PNG with one more chunk before its pixels.
 QByteArray withChunk(const QByteArray& png, const QByteArray& name, const QByteArray& content);
