@@ -99,11 +99,11 @@ bool UiWindow::drop(const FileUrl& file) {
   QMimeData data;
   data.setUrls({QUrl::fromLocalFile(QFile::decodeName(file.path()))});
   constexpr auto kActions = Qt::CopyAction | Qt::MoveAction;
-  QDragEnterEvent enter(middle(), kActions, &data, Qt::LeftButton, {});
+  QDragEnterEvent enter(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier);
   QCoreApplication::sendEvent(&window, &enter);
-  QDragMoveEvent move(middle(), kActions, &data, Qt::LeftButton, {});
+  QDragMoveEvent move(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier);
   QCoreApplication::sendEvent(&window, &move);
-  QDropEvent drop(middle(), kActions, &data, Qt::LeftButton, {});
+  QDropEvent drop(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier);
   QCoreApplication::sendEvent(&window, &drop);
   return enter.isAccepted() && drop.isAccepted() && drop.dropAction() == Qt::CopyAction;
 }

@@ -57,7 +57,7 @@ class UiWindow {
   void turnWheel(int angle, Qt::KeyboardModifiers modifiers = {}, int pixels = 0);
   // Two fingers on a touch pad, over the middle of the window; magnifications are relative to the start.
   void pinch(const QList<double>& magnifications, const std::function<void()>& atTheLast = nullptr);
-  // Drops `file` on the middle of the window; whether the window took it.
+  // Drops `file` on the middle of the window from a source that would rather move it; whether the window took a copy.
   bool drop(const FileUrl& file);
 
   [[nodiscard]] QPoint middle() const { return {window.width() / 2, window.height() / 2}; }
