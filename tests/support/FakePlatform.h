@@ -72,12 +72,11 @@ struct FakeAlert : Alert {
 };
 
 struct FakeScopedAccess : ScopedAccess {
-  bool grants = true;
   QStringList log;
 
   bool start(const FileUrl& folder) override {
     log.append(QStringLiteral("start ") + folder.displayName());
-    return grants;
+    return true;
   }
   void stop(const FileUrl& folder) override { log.append(QStringLiteral("stop ") + folder.displayName()); }
 };
