@@ -85,6 +85,7 @@ class FilesTest : public QObject {
     QCOMPARE(error("missing"), QStringLiteral("No such file or directory"));
     QCOMPARE(error("fifo"), QStringLiteral("Not a directory"));  // without waiting for a writer
     QCOMPARE(error("locked"), QStringLiteral("Permission denied"));
+    QCOMPARE(::chmod((m_home + "locked").constData(), 0700), 0);
     QCOMPARE(error("empty"), QString());
   }
 

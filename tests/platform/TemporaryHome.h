@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 
@@ -28,6 +29,12 @@ class TemporaryHome {
     qunsetenv("XDG_RUNTIME_DIR");
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
   }
+  // QTemporaryDir would leave a folder with names that are not UTF-8.
+  ~TemporaryHome() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path().toStdString(), ignored);
+  }
+  Q_DISABLE_COPY_MOVE(TemporaryHome)
 
   // For root alone.
   static void giveToNobody(const QByteArray& path) {
