@@ -13,7 +13,7 @@ namespace lumagrid {
 
 namespace {
 
-constexpr std::size_t kCacheBytes = 2 << 20;
+constexpr std::size_t kIconCacheBytes = 2 << 20;
 
 constexpr std::array<std::pair<QStringView, IconName>, 11> kNames{{
     {u"squareGrid3x3Fill", IconName::squareGrid3x3Fill},
@@ -70,7 +70,7 @@ double iconSide(double fontSize) {
 }
 
 QImage iconImage(IconName name, double fontSize, IconWeight weight, QRgb color, double devicePixelRatio) {
-  static MemoryCache<Key, QImage, KeyHash> cache(kCacheBytes);
+  static MemoryCache<Key, QImage, KeyHash> cache(kIconCacheBytes);
 
   const int pixels = int(std::lround(iconSide(fontSize) * devicePixelRatio));
   if (name == IconName::none || pixels <= 0) return {};

@@ -13,7 +13,7 @@ namespace lumagrid {
 
 namespace {
 
-constexpr std::size_t kCacheBytes = 8 << 20;  // some hundred corners; a window needs about twenty
+constexpr std::size_t kShapeCacheBytes = 8 << 20;  // some hundred corners; a window needs about twenty
 
 // Everything that a picture depends on, in device pixels.
 struct PixelShape {
@@ -117,7 +117,7 @@ Axis axisFor(int length, int depth) {
 }  // namespace
 
 NinePatch shapeImage(const Shape& shape, QSizeF size, double devicePixelRatio) {
-  static MemoryCache<PixelShape, NinePatch, PixelShapeHash> cache(kCacheBytes);
+  static MemoryCache<PixelShape, NinePatch, PixelShapeHash> cache(kShapeCacheBytes);
 
   const QSize pixels(std::max(1, int(std::lround(size.width() * devicePixelRatio))),
                      std::max(1, int(std::lround(size.height() * devicePixelRatio))));

@@ -10,7 +10,7 @@ namespace lumagrid {
 
 namespace {
 
-constexpr std::size_t kCacheBytes = 1 << 20;
+constexpr std::size_t kSpinnerCacheBytes = 1 << 20;
 
 struct Key {
   int step;
@@ -47,7 +47,7 @@ QImage draw(const Key& key) {
 }  // namespace
 
 QImage spinnerImage(int step, double side, QRgb color, double devicePixelRatio) {
-  static MemoryCache<Key, QImage, KeyHash> cache(kCacheBytes);
+  static MemoryCache<Key, QImage, KeyHash> cache(kSpinnerCacheBytes);
 
   const int spoke = (step % kSpinnerSteps + kSpinnerSteps) % kSpinnerSteps;
   const Key key{spoke, std::max(1, int(std::lround(side * devicePixelRatio))), color | 0xff000000};
