@@ -2,84 +2,19 @@
 // to draw until its buffers are swapped, while a photo is pinched, dragged, springs back and is stepped.
 // Usage: lumagrid-bench-frames IMAGE IMAGE [IMAGE...]
 
-#include <QElapsedTimer>
-#include <QEventLoop>
 #include <QGuiApplication>
 #include <QImageReader>
-#include <QQuickWindow>
-#include <QTimer>
 #include <algorithm>
-#include <atomic>
 #include <cmath>
-#include <cstdio>
 #include <functional>
 #include <numbers>
-#include <utility>
-#include <vector>
 
+#include "FrameTimes.h"
 #include "PhotoView.h"
 
 namespace {
 
 using lumagrid::PhotoView;
-
-// Notes when a frame begins and ends. The beginning is the request on the main thread, so that polishing counts; with a
-// render thread of its own the end comes from there.
-class FrameTimes : public QObject {
- public:
-  explicit FrameTimes(QQuickWindow* window) : QObject(window) {
-    m_clock.start();
-    window->installEventFilter(this);
-    connect(
-        window, &QQuickWindow::frameSwapped, this, [this] { finish(); }, Qt::DirectConnection);
-  }
-
-  [[nodiscard]] std::vector<double> take() { return std::exchange(m_milliseconds, {}); }
-
-  bool eventFilter(QObject*, QEvent* event) override {
-    if (event->type() == QEvent::UpdateRequest) {
-      m_begin = m_clock.nsecsElapsed();
-    }
-    return false;
-  }
-
- private:
-  void finish() {
-    const qint64 begin = m_begin.exchange(0);
-    if (begin != 0) {
-      m_milliseconds.push_back(static_cast<double>(m_clock.nsecsElapsed() - begin) / 1e6);
-    }
-  }
-
-  QElapsedTimer m_clock;
-  std::atomic<qint64> m_begin = 0;
-  std::vector<double> m_milliseconds;
-};
-
-void report(const char* name, std::vector<double> times) {
-  if (times.empty()) {
-    return;
-  }
-  std::sort(times.begin(), times.end());
-  const auto at = [&times](double share) {
-    return times[static_cast<std::size_t>(share * static_cast<double>(times.size() - 1))];
-  };
-  const auto above = [&times](double limit) {
-    const auto count = times.end() - std::upper_bound(times.begin(), times.end(), limit);
-    return 100.0 * static_cast<double>(count) / static_cast<double>(times.size());
-  };
-  std::printf(
-      "%-22s %4zu frames  median %6.2f  p95 %6.2f  p99 %6.2f  max %6.2f ms  >16.7 ms %5.1f %%  >33 ms %5.1f %%\n", name,
-      times.size(), at(0.5), at(0.95), at(0.99), times.back(), above(16.7), above(33));
-}
-
-// Turns the event loop until the next frame is on screen.
-void nextFrame(QQuickWindow& window) {
-  QEventLoop loop;
-  QObject::connect(&window, &QQuickWindow::frameSwapped, &loop, &QEventLoop::quit, Qt::QueuedConnection);
-  window.update();
-  loop.exec();
-}
 
 // Draws `frames` frames, each after one step of the gesture, at most one every 16 ms.
 void gesture(QQuickWindow& window, int frames, const std::function<void(double)>& step) {
@@ -88,10 +23,7 @@ void gesture(QQuickWindow& window, int frames, const std::function<void(double)>
     clock.start();
     step(static_cast<double>(i) / frames);
     nextFrame(window);
-    QEventLoop rest;
-    QTimer::singleShot(static_cast<int>(std::max<qint64>(0, 16 - clock.elapsed())), Qt::PreciseTimer, &rest,
-                       &QEventLoop::quit);
-    rest.exec();
+    waitUntil(clock, 16);
   }
 }
 

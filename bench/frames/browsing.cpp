@@ -1,0 +1,118 @@
+// The real window on a folder of photos: what frames cost while the grid scrolls at full speed and thumbnails load, how
+// long a click or an arrow key takes to the photo on screen, beyond its decode, and what memory that leaves behind.
+// Usage: lumagrid-bench-browsing FOLDER
+
+#include <QApplication>
+#include <QFile>
+#include <QKeyEvent>
+#include <QWheelEvent>
+
+#include "DesktopPlatform.h"
+#include "FileImageDecoder.h"
+#include "FrameTimes.h"
+#include "PictureStore.h"
+#include "QmlPlugins.h"
+#include "SettingsPreferences.h"
+
+using namespace lumagrid;
+
+namespace {
+
+constexpr int kScrolledFrames = 600;
+constexpr int kPointsPerFrame = 120;
+constexpr int kPhotos = 20;
+
+double milliseconds(const QElapsedTimer& clock) {
+  return static_cast<double>(clock.nsecsElapsed()) / 1e6;
+}
+
+long proportionalMegabytes() {
+  QFile file(QStringLiteral("/proc/self/smaps_rollup"));
+  if (!file.open(QIODevice::ReadOnly)) return 0;
+  for (const QByteArray& line : file.readAll().split('\n')) {
+    if (line.startsWith("Pss:")) return line.mid(4).trimmed().split(' ').front().toLong() / 1024;
+  }
+  return 0;
+}
+
+void scroll(QQuickWindow& window) {
+  const QPointF middle(window.width() / 2.0, window.height() / 2.0);
+  QElapsedTimer clock;
+  for (int frame = 0; frame < kScrolledFrames; ++frame) {
+    clock.start();
+    QWheelEvent wheel(middle, window.mapToGlobal(middle), {0, -kPointsPerFrame}, {0, -kPointsPerFrame}, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&window, &wheel);
+    nextFrame(window);
+    waitUntil(clock, 16);
+  }
+}
+
+// From the key's press to the end of the frame with the photo.
+double stepTo(QQuickWindow& window, Qt::Key key) {
+  QElapsedTimer clock;
+  clock.start();
+  QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+  QCoreApplication::sendEvent(&window, &press);
+  nextFrame(window);
+  const double time = milliseconds(clock);
+  QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier);
+  QCoreApplication::sendEvent(&window, &release);
+  waitUntil(clock, static_cast<qint64>(time) + 500);  // the rest of the photo is uploaded
+  return time;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  QApplication application(argc, argv);
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: lumagrid-bench-browsing FOLDER\n");
+    return 2;
+  }
+  FileImageDecoder decoder;
+  PictureStore pictures(decoder);
+  SettingsPreferences preferences;
+  const Appearance appearance(ColorScheme::light);
+  DesktopPlatform desktop(pictures, preferences, appearance);
+  LumagridApp app(desktop.platform());
+  QQuickWindow* window = app.makeWindow();
+  if (!window) return EXIT_FAILURE;
+  ContentView& view = *app.contentView(window);
+  view.openPath(FileUrl::fromPath(QByteArray(argv[1])));
+  if (view.library()->photoCount() < kPhotos) {
+    std::fprintf(stderr, "lumagrid-bench-browsing: at least %d photos are needed\n", kPhotos);
+    return 2;
+  }
+  window->show();
+  nextFrame(*window);
+  std::printf("%-24s %ld MB\n", "memory with the grid", proportionalMegabytes());
+
+  FrameTimes times(window);
+  scroll(*window);
+  report("scrolled while loading", times.take());
+  QElapsedTimer rest;
+  rest.start();
+  while (app.thumbnailQueue().pendingCount() > 0) waitUntil(rest, rest.elapsed() + 50);
+  std::printf("%-24s %ld MB\n", "memory after scrolling", proportionalMegabytes());
+
+  std::vector<double> next;
+  std::vector<double> back;
+  std::vector<double> beyondDecode;
+  view.handleTileClick(0, Qt::NoModifier);
+  nextFrame(*window);
+  for (int photo = 1; photo < kPhotos; ++photo) {
+    next.push_back(stepTo(*window, Qt::Key_Right));
+    QElapsedTimer clock;
+    clock.start();
+    (void)decoder.decode(view.library()->currentPhoto()->url);
+    beyondDecode.push_back(next.back() - milliseconds(clock));
+    back.push_back(stepTo(*window, Qt::Key_Left));
+    (void)stepTo(*window, Qt::Key_Right);
+  }
+  report("next photo", next);
+  report("  beyond its decode", beyondDecode);
+  report("back to the photo left", back);
+  std::printf("%-24s %ld MB\n", "memory with a photo", proportionalMegabytes());
+  return 0;
+}
