@@ -61,8 +61,10 @@ std::shared_ptr<QSGTexture> sharedTexture(QQuickWindow* window, const QImage& im
   const std::scoped_lock lock(mutex);
   auto& entry = textures[{window, image.cacheKey()}];
   if (auto texture = entry.lock()) return texture;
+  // What is opaque is drawn first, and nothing behind it at all.
   const QQuickWindow::CreateTextureOptions options(
-      {QQuickWindow::TextureHasAlphaChannel, QQuickWindow::TextureCanUseAtlas});
+      {image.hasAlphaChannel() ? QQuickWindow::TextureHasAlphaChannel : QQuickWindow::TextureIsOpaque,
+       QQuickWindow::TextureCanUseAtlas});
   std::shared_ptr<QSGTexture> texture(window->createTextureFromImage(image, options));
   entry = texture;
   std::erase_if(textures, [](const auto& other) { return other.second.expired(); });
