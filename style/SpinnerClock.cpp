@@ -73,7 +73,7 @@ void SpinnerClock::review() {
       std::any_of(windows, m_holders.keyEnd(), [](QQuickWindow* window) { return window->isExposed(); });
   if (wanted == isTicking()) return;
   if (wanted) {
-    m_timer = startTimer(125ms);
+    m_timer = startTimer(166ms);
   } else {
     killTimer(std::exchange(m_timer, 0));
   }

@@ -7,7 +7,7 @@
 
 namespace lumagrid {
 
-// The one clock of all spinners: 8 ticks a second, and none at all unless somebody holds a Running for a window that is
+// The one clock of all spinners: 6 ticks a second, and none at all unless somebody holds a Running for a window that is
 // exposed. Main thread.
 class SpinnerClock : public QObject {
   Q_OBJECT

@@ -5,7 +5,7 @@
 
 namespace lumagrid {
 
-// A spinner turns by one of these steps at a time: at 8 steps a second it costs next to nothing without a GPU.
+// A spinner turns by one of these steps at a time: each costs a frame of the whole window.
 inline constexpr int kSpinnerSteps = 8;
 
 // The side of a spinner of the default size, in points.
