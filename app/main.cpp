@@ -2,17 +2,17 @@
 
 #include <QApplication>
 #include <cstdio>
-#include <future>
+#include <memory>
 
 #include "CommandLine.h"
 #include "DesktopPlatform.h"
 #include "FileImageDecoder.h"
 #include "LumagridApp.h"
-#include "PhotoScan.h"
 #include "PictureStore.h"
 #include "PortalAppearance.h"
 #include "QmlPlugins.h"
 #include "SettingsPreferences.h"
+#include "StartAhead.h"
 
 using namespace lumagrid;
 
@@ -27,20 +27,7 @@ void tuneMemory() {
 #endif
 }
 
-// Lists and sorts the folder that a start with this path opens, and decodes the photo that it shows, while the toolkit
-// starts.
-FolderScan scanAhead(const FileUrl& url, PictureStore& pictures) {
-  const FileUrl folder = ContentView::scannedFolder(url);
-  if (folder != url) pictures.decodeAhead(url);
-  FolderScan scan{photoItems(folder), {}};
-  if (const auto* photos = std::get_if<std::vector<PhotoItem>>(&scan.listing); photos && !photos->empty()) {
-    if (folder == url) pictures.decodeAhead(photos->front().url);
-    scan.byName = sortedPositions(*photos, SortOrder::nameAscending);
-  }
-  return scan;
-}
-
-int run(QApplication& application, const CommandLine& line, PictureStore& pictures, std::future<FolderScan> scan) {
+int run(QApplication& application, const CommandLine& line, PictureStore& pictures, std::unique_ptr<StartAhead> ahead) {
   PortalAppearance appearance(line.appearance);
   SettingsPreferences preferences;
   DesktopPlatform desktop(pictures, preferences, appearance);
@@ -52,7 +39,8 @@ int run(QApplication& application, const CommandLine& line, PictureStore& pictur
   if (!line.path.isEmpty()) {
     const FileUrl url = FileUrl::fromPath(line.path);
     // Options of the toolkit before the path hide it until the toolkit has taken them.
-    view.openPath(url, scan.valid() ? scan.get() : scanAhead(url, pictures));
+    if (!ahead) ahead = std::make_unique<StartAhead>(url, pictures);
+    view.openPath(url, ahead->takeScan());
     if (view.library()->statusIsError()) {
       std::fprintf(stderr, "lumagrid: %s\n", qPrintable(view.library()->statusMessage()));
     }
@@ -81,9 +69,9 @@ int main(int argc, char* argv[]) {
   tuneMemory();
   FileImageDecoder decoder;
   PictureStore pictures(decoder);
-  std::future<FolderScan> scan;
+  std::unique_ptr<StartAhead> ahead;
   if (const QByteArray path = parse().path; !path.isEmpty()) {
-    scan = std::async(std::launch::async, [&pictures, path] { return scanAhead(FileUrl::fromPath(path), pictures); });
+    ahead = std::make_unique<StartAhead>(FileUrl::fromPath(path), pictures);
   }
   QApplication application(argc, argv);  // takes the toolkit's own options out of argv
   const CommandLine line = parse();
@@ -91,5 +79,5 @@ int main(int argc, char* argv[]) {
     std::fprintf(stderr, "lumagrid: %s\n%s", qPrintable(line.refusal), qPrintable(CommandLine::helpText()));
     return 2;
   }
-  return run(application, line, pictures, std::move(scan));
+  return run(application, line, pictures, std::move(ahead));
 }

@@ -129,7 +129,7 @@ class ContentView : public QObject {
   ShownLibrary m_shown{m_library};
   Shared m_shared;
   BrowserMode m_browserMode = BrowserMode::grid;
-  std::int64_t m_gridDimension = 4;
+  std::int64_t m_gridDimension = kInitialGridDimension;
   double m_lastMagnification = 1.0;
   std::optional<QByteArray> m_gridScrollTarget;
   ZoomState m_zoom;

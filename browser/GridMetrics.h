@@ -10,6 +10,7 @@ namespace lumagrid {
 
 inline constexpr std::int64_t kLowestGridDimension = 2;
 inline constexpr std::int64_t kHighestGridDimension = 6;
+inline constexpr std::int64_t kInitialGridDimension = 4;
 
 // The geometry of the grid for one size of the stage. Lengths in points. A value, computed for each layout.
 struct GridMetrics {

@@ -1,8 +1,5 @@
 #include "BackgroundQueue.h"
 
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <QAbstractEventDispatcher>
 #include <QPointer>
 #include <algorithm>
@@ -13,19 +10,12 @@
 #include <thread>
 #include <vector>
 
+#include "ThreadPriority.h"
 #include "moc_BackgroundQueue.cpp"
 
 namespace lumagrid {
 
 namespace {
-
-// Enough for the main thread to win a core at once; the threads still get all that it leaves.
-constexpr int kNiceness = 10;
-
-void lowerPriorityOfThisThread() {
-  const auto thread = static_cast<id_t>(::gettid());
-  ::setpriority(PRIO_PROCESS, thread, ::getpriority(PRIO_PROCESS, thread) + kNiceness);
-}
 
 // Smallest first: the newest turn, then the order of asking.
 struct Place {

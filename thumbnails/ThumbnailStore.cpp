@@ -1,6 +1,9 @@
 #include "ThumbnailStore.h"
 
 #include <QByteArray>
+#include <condition_variable>
+#include <mutex>
+#include <set>
 
 #include "FileImageDecoder.h"
 #include "MemoryCache.h"
@@ -21,6 +24,31 @@ QByteArray cacheKey(const FileUrl& file, std::int64_t bound) {
   return file.path() + '#' + QByteArray::number(bound);
 }
 
+// While it lives, nobody else makes the thumbnail of `key`: whoever wants to waits in its constructor.
+class Making {
+ public:
+  explicit Making(const QByteArray& key) : m_key(key) {
+    std::unique_lock lock(s_mutex);
+    s_ended.wait(lock, [&] { return s_keys.insert(m_key).second; });
+  }
+  Making(const Making&) = delete;
+  Making& operator=(const Making&) = delete;
+  ~Making() {
+    {
+      const std::scoped_lock lock(s_mutex);
+      s_keys.erase(m_key);
+    }
+    s_ended.notify_all();
+  }
+
+ private:
+  static inline std::mutex s_mutex;  // guards s_keys
+  static inline std::condition_variable s_ended;
+  static inline std::set<QByteArray> s_keys;
+
+  QByteArray m_key;
+};
+
 }  // namespace
 
 QImage cachedThumbnail(const FileUrl& file, double maxPixelSize) {
@@ -30,6 +58,8 @@ QImage cachedThumbnail(const FileUrl& file, double maxPixelSize) {
 QImage thumbnail(const FileUrl& file, double maxPixelSize) {
   const auto bound = static_cast<std::int64_t>(maxPixelSize);
   const QByteArray key = cacheKey(file, bound);
+  if (const auto cached = cache().object(key)) return *cached;
+  const Making making(key);
   if (const auto cached = cache().object(key)) return *cached;
   FileImageDecoder decoder;
   DecodedImage decoded = decoder.decodeBounded(file, bound);

@@ -10,7 +10,8 @@ namespace lumagrid::ThumbnailStore {
 // The picture in `file`, its longer side bounded by `maxPixelSize` pixels (finite, >= 1; its fraction is cut off), from
 // the process's cache or made now; null when the file cannot be read as a picture, which is tried again at the next
 // call. The cache knows paths and bounds only: a file that was replaced keeps its first thumbnail while that stays in
-// the cache, which is bounded in bytes (least recently used goes first). Any thread; blocks while it reads and decodes.
+// the cache, which is bounded in bytes (least recently used goes first). Any thread; blocks while it, or another thread
+// for the same thumbnail, reads and decodes.
 [[nodiscard]] QImage thumbnail(const FileUrl& file, double maxPixelSize);
 
 // The same, only if the cache has it. Any thread; never blocks on a file.

@@ -1,0 +1,67 @@
+#include "StartAhead.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "ContentView.h"
+#include "GridMetrics.h"
+#include "PhotoThumbnailTile.h"
+#include "PictureStore.h"
+#include "ThreadPriority.h"
+#include "ThumbnailStore.h"
+
+namespace lumagrid {
+
+namespace {
+
+constexpr QSizeF kStage(1064, 724);  // of a window of the least size
+
+// What shows on the grid, with photo number `current` first.
+std::vector<FileUrl> photosInView(const std::vector<PhotoItem>& photos, const std::vector<std::uint32_t>& order,
+                                  const GridLayout& layout, std::uint32_t current) {
+  const auto place = std::find(order.begin(), order.end(), current) - order.begin();
+  const auto [first, last] = layout.visibleIndices(layout.centeringContentY(place));
+  std::vector<FileUrl> urls{photos[current].url};
+  for (std::int64_t index = first; index < last; ++index) {
+    if (index != place) urls.push_back(photos[order[static_cast<std::size_t>(index)]].url);
+  }
+  return urls;
+}
+
+// On all cores but the one on which the toolkit starts.
+void makeThumbnails(const std::vector<FileUrl>& urls, double bound, const std::stop_token& stop) {
+  std::atomic<std::size_t> next = 0;
+  const auto work = [&] {
+    lowerPriorityOfThisThread();
+    for (std::size_t i = next++; i < urls.size() && !stop.stop_requested(); i = next++) {
+      (void)ThumbnailStore::thumbnail(urls[i], bound);
+    }
+  };
+  std::vector<std::jthread> others;
+  for (unsigned core = 2; core < std::thread::hardware_concurrency(); ++core) others.emplace_back(work);
+  work();
+}
+
+}  // namespace
+
+StartAhead::StartAhead(const FileUrl& url, PictureStore& pictures) {
+  m_thread = std::jthread([this, url, &pictures](const std::stop_token& stop) {
+    const FileUrl folder = ContentView::scannedFolder(url);
+    if (folder != url) pictures.decodeAhead(url);
+    FolderScan scan{photoItems(folder), {}};
+    std::vector<FileUrl> inView;
+    const GridMetrics metrics = GridMetrics::fitting(kStage, kInitialGridDimension);
+    if (const auto* photos = std::get_if<std::vector<PhotoItem>>(&scan.listing); photos && !photos->empty()) {
+      if (folder == url) pictures.decodeAhead(photos->front().url);
+      scan.byName = sortedPositions(*photos, SortOrder::nameAscending);
+      if (folder == url) {
+        const auto count = static_cast<std::int64_t>(photos->size());
+        inView = photosInView(*photos, scan.byName, {metrics, kInitialGridDimension, count, kStage}, 0);
+      }
+    }
+    m_scan.set_value(std::move(scan));
+    makeThumbnails(inView, PhotoThumbnailTile::maxPixelSize(metrics.cellSide), stop);
+  });
+}
+
+}  // namespace lumagrid
