@@ -14,11 +14,12 @@ class ThumbnailStoreTest : public QObject {
  private Q_SLOTS:
   void keepsOneForEachBoundInWholePixels() {
     const FileUrl file = m_folder.add(QStringLiteral("portrait.png"), samplePhoto({1000, 1500}));
-    std::vector<QSize> sizes(16);
+    std::vector<QImage> made(16);
     std::vector<std::jthread> threads;
-    for (QSize& size : sizes) threads.emplace_back([&] { size = ThumbnailStore::thumbnail(file, 480).size(); });
+    for (QImage& image : made) threads.emplace_back([&] { image = ThumbnailStore::thumbnail(file, 480); });
     threads.clear();
-    QCOMPARE(sizes, std::vector(16, QSize(320, 480)));
+    QCOMPARE(made[0].size(), QSize(320, 480));
+    for (const QImage& image : made) QCOMPARE(image.cacheKey(), made[0].cacheKey());  // made once
     QCOMPARE(ThumbnailStore::thumbnail(file, 481.99).height(), 481);
     QCOMPARE(ThumbnailStore::cachedThumbnail(file, 480.9).height(), 480);
   }

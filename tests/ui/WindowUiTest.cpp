@@ -1,3 +1,7 @@
+#include "PhotoThumbnailTile.h"
+#include "PictureStore.h"
+#include "StartAhead.h"
+#include "ThumbnailStore.h"
 #include "UiWindow.h"
 
 using namespace lumagrid;
@@ -34,6 +38,20 @@ class WindowUiTest : public QObject {
     recent(right).back().action();  // clears them
     QTRY_VERIFY(!left.isEnabled("File") && !right.isEnabled("File"));
     QVERIFY(app.platform.preferences.values.isEmpty());
+  }
+
+  void aStartMakesTheThumbnailsOfItsWindow() {
+    const Photos shown(16);
+    const Photos opening(16);
+    const OnlyWindow window(shown.url());
+    const double bound = PhotoThumbnailTile::maxPixelSize(window.rectOf("0.jpg").width());
+    FakeImageDecoder decoder;
+    PictureStore pictures(decoder);
+    StartAhead ahead(opening.url(), pictures);
+    QCOMPARE(ahead.takeScan().byName.size(), 16U);
+    for (const QString& name : numberedNames(16)) {
+      QTRY_VERIFY(!ThumbnailStore::cachedThumbnail(opening.url(name), bound).isNull());
+    }
   }
 
   void tabWalksInReadingOrder() {
