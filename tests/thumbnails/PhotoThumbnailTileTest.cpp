@@ -31,22 +31,21 @@ class PhotoThumbnailTileTest : public QObject {
       QCOMPARE(m_tile->thumbnail().width(), bound);
     }
     for (double side = 182; side < 200; ++side) m_tile->setSide(side);
+    QCOMPARE(m_queue.pendingCount(), 0);         // one load for a turn of the event loop
     QCOMPARE(m_tile->thumbnail().width(), 362);  // until the new one is there
     settle();
     QCOMPARE(m_tile->thumbnail().width(), 398);
-    QVERIFY(ThumbnailStore::cachedThumbnail(m_photo.url, 380).isNull());  // one load for a turn of the event loop
   }
 
   void anotherPhotoStartsAfresh() {
-    const PhotoItem unreadable{m_folder.add(QStringLiteral("unreadable.png"))};
     makeWithoutDelivering(150);
-    m_tile->setPhoto(unreadable);
+    m_tile->setPhoto({});
     settle();
-    QVERIFY(m_tile->thumbnail().isNull());  // the late result is of another photo
+    QVERIFY(m_tile->thumbnail().isNull());  // the late result is of the photo before
     m_tile->setPhoto(m_photo);
     QCoreApplication::sendPostedEvents(m_tile.get());
     QCOMPARE(m_tile->thumbnail().width(), 300);  // cached: no trip to a thread
-    m_tile->setPhoto(unreadable);
+    m_tile->setPhoto({});
     QVERIFY(m_tile->thumbnail().isNull());
     m_tile->setPhoto(m_photo);
     makeWithoutDelivering(160);
