@@ -56,26 +56,26 @@ class PhotoGridTest : public QObject {
       QCOMPARE(tiles().size(), last - first);
       QCOMPARE(tiles().last()->position(), layout.tileRect(last - 1).topLeft());
     }
-    QVERIFY(m_grid->childItems().size() <= 24);  // six rows, used again and again
-    for (const int index : {399, 399, 200}) {    // the same target is none
+    QVERIFY(madeTiles().size() <= 24);         // six rows, used again and again
+    for (const int index : {399, 399, 200}) {  // the same target is none
       m_window->library.openPhoto(index);
       m_window->view.exitDetailMode();
       settle();
     }
     QCOMPARE(m_animated, (QList<double>{m_grid->contentHeight() - 600, centred}));
+    for (const auto* tile : madeTiles()) QCOMPARE(tile->name().isEmpty(), !tile->isVisible());  // none loads unseen
     m_window->library.extendSelection(399);
     settle();
 
     const PhotoFolder other(numberedNames(800).mid(400));
     m_window->library.openFolder(other.url());  // starts afresh at the top
     for (const PhotoThumbnailTile* tile : tiles()) QVERIFY(tile->thumbnail().isNull() && !tile->isChecked());
-    QCOMPARE(m_grid->contentY(), 0);
     QCOMPARE(tiles().firstKey(), 400);
     m_grid->setContentY(m_grid->contentHeight() - 600);
     m_window->library.openPhoto(0);
     m_window->library.extendSelection(99);
     m_window->library.deleteSelectedPhotos();  // no emptiness below the end
-    QCOMPARE(tiles().lastKey(), 799);
+    QVERIFY(tiles().contains(799));
     QCOMPARE(m_grid->contentY(), m_grid->contentHeight() - 600);
   }
 
@@ -105,13 +105,13 @@ class PhotoGridTest : public QObject {
     settle();
   }
 
+  [[nodiscard]] QList<PhotoThumbnailTile*> madeTiles() const { return m_grid->findChildren<PhotoThumbnailTile*>(); }
   // Tiles that show in the next frame, by the photos' numbers.
   QMap<int, PhotoThumbnailTile*> tiles() {
     m_quickWindow->grabWindow();
     QMap<int, PhotoThumbnailTile*> tiles;
-    for (QQuickItem* item : m_grid->childItems()) {
-      auto* tile = qobject_cast<PhotoThumbnailTile*>(item);
-      if (tile && tile->isVisible()) tiles[tile->name().section(u'.', 0, 0).toInt()] = tile;
+    for (auto* tile : madeTiles()) {
+      if (tile->isVisible()) tiles[tile->name().section(u'.', 0, 0).toInt()] = tile;
     }
     return tiles;
   }
