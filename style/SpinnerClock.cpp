@@ -3,11 +3,18 @@
 #include <QEvent>
 #include <QTimerEvent>
 #include <algorithm>
-#include <chrono>
 
 namespace lumagrid {
 
-using namespace std::chrono_literals;
+namespace {
+
+// Each tick costs a frame of the whole window. Who waits wants to see that work goes on; what has been spinning for
+// long will not end, such as that of a photo that cannot be read.
+constexpr int kIntervalMs = 125;
+constexpr int kLaterIntervalMs = 500;
+constexpr int kTicksUntilLater = 80;
+
+}  // namespace
 
 SpinnerClock::Running::Running(QQuickWindow* window) : m_window(window) {
   if (window) instance()->start(window);
@@ -42,10 +49,13 @@ bool SpinnerClock::eventFilter(QObject* watched, QEvent* event) {
 
 void SpinnerClock::timerEvent(QTimerEvent*) {
   ++m_step;
+  if (++m_ticksSinceStart == kTicksUntilLater) m_timer.start(kLaterIntervalMs, this);
   Q_EMIT ticked();
 }
 
 void SpinnerClock::start(QQuickWindow* window) {
+  if (m_ticksSinceStart >= kTicksUntilLater) m_timer.stop();
+  m_ticksSinceStart = 0;
   if (m_holders[window]++ == 0) {
     window->installEventFilter(this);
     connect(window, &QObject::destroyed, this, [this, window] {
@@ -73,9 +83,9 @@ void SpinnerClock::review() {
       std::any_of(windows, m_holders.keyEnd(), [](QQuickWindow* window) { return window->isExposed(); });
   if (wanted == isTicking()) return;
   if (wanted) {
-    m_timer = startTimer(166ms);
+    m_timer.start(kIntervalMs, this);
   } else {
-    killTimer(std::exchange(m_timer, 0));
+    m_timer.stop();
   }
 }
 
