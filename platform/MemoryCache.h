@@ -35,6 +35,12 @@ class MemoryCache {
     while (m_bytes > m_budget) remove(std::prev(m_entries.end()));
   }
 
+  // Lets go of what was used least recently until `bytes` more would fit; never of the last one.
+  void makeRoom(std::size_t bytes) {
+    const std::scoped_lock lock(m_mutex);
+    while (m_entries.size() > 1 && m_bytes + bytes > m_budget) remove(std::prev(m_entries.end()));
+  }
+
  private:
   struct Entry {
     Key key;

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "PixelBuffer.h"
+
 namespace lumagrid {
 namespace {
 
@@ -38,10 +40,14 @@ DecodedImage PictureStore::decode(const FileUrl& file) {
     lock.unlock();
     if (auto picture = m_pictures.object(*before)) return {*std::move(picture), ImageError::none};
   }
+  // The next picture is most often as large as the one before: it takes the memory of one that has to go anyway.
+  const PixelReuse reuse;
+  m_pictures.makeRoom(m_lastBytes);
   DecodedImage decoded = m_decoder.decode(file);
+  m_lastBytes = static_cast<std::size_t>(decoded.pixels.sizeInBytes());
   // A file that changed meanwhile may have been read half old, half new.
   if (before && !decoded.pixels.isNull() && identity(file) == before) {
-    m_pictures.setObject(*before, decoded.pixels, static_cast<std::size_t>(decoded.pixels.sizeInBytes()));
+    m_pictures.setObject(*before, decoded.pixels, m_lastBytes);
   }
   return decoded;
 }

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QThreadPool>
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
@@ -31,6 +32,7 @@ class PictureStore : public ImageDecoder {
  private:
   ImageDecoder& m_decoder;
   MemoryCache<QByteArray, QImage> m_pictures;  // by path and what the system says of the file
+  std::atomic<std::size_t> m_lastBytes = 0;
 
   std::mutex m_mutex;  // guards m_ahead
   std::condition_variable m_aheadEnded;
