@@ -25,8 +25,8 @@ struct PixelShape {
 
 struct PixelShapeHash {
   std::size_t operator()(const PixelShape& key) const {
-    return qHashMulti(0, int(key.shape.part), key.shape.radius, key.shape.extent, key.shape.color, key.size.width(),
-                      key.size.height());
+    return qHashMulti(0, int(key.shape.part), key.shape.radius, key.shape.extent, key.shape.color, key.shape.isHollow,
+                      key.size.width(), key.size.height());
   }
 };
 
@@ -145,7 +145,8 @@ NinePatch shapeImage(const Shape& shape, QSizeF size, double devicePixelRatio) {
   patch.image = draw(key, outset);
   patch.fixed = {outset + horizontal.first, outset + vertical.first, outset + horizontal.last, outset + vertical.last};
   patch.outset = outset;
-  patch.middle = shape.part == Shape::Part::stroke ? NinePatch::Middle::empty : NinePatch::Middle::drawn;
+  patch.middle =
+      shape.part == Shape::Part::stroke || shape.isHollow ? NinePatch::Middle::empty : NinePatch::Middle::drawn;
   cache.setObject(key, patch, std::size_t(patch.image.sizeInBytes()));
   return patch;
 }

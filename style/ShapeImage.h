@@ -19,6 +19,7 @@ struct Shape {
   double radius = 0;        // of the corners; 0: square ones; clamped to half the shorter side
   double extent = 0;        // stroke: the line's width; shadow: the blur radius
   QRgb color = 0xff000000;  // drawn opaque: translucency belongs to the node, so that states share one picture
+  bool isHollow = false;    // something opaque hides all but the edges: what stretches both ways is not drawn
 
   friend bool operator==(const Shape&, const Shape&) = default;
 };

@@ -107,12 +107,15 @@ void TileNode::update(QQuickWindow* window, const TileLook& look) {
   // With a thumbnail the shadow is that of a plain square, since the thumbnail has square corners; without one it is
   // that of the see-through card.
   const bool hasPicture = !look.thumbnail.isNull();
-  m_shadow.setShape(window, {.part = Shape::Part::shadow, .radius = hasPicture ? 0 : kRadius, .extent = kShadowBlur},
-                    bounds.translated(0, kShadowOffset));
+  const bool isCovered = hasPicture && !look.isPressed && !look.thumbnail.hasAlphaChannel();
+  m_shadow.setShape(
+      window,
+      {.part = Shape::Part::shadow, .radius = hasPicture ? 0 : kRadius, .extent = kShadowBlur, .isHollow = isCovered},
+      bounds.translated(0, kShadowOffset));
   m_shadow.setOpacity(mix(kShadowOpacity, kCheckedShadowOpacity, look.checked) * (hasPicture ? 1 : kCardOpacity));
 
   // An opaque thumbnail hides all of the card.
-  if (hasPicture && !look.isPressed && !look.thumbnail.hasAlphaChannel()) {
+  if (isCovered) {
     m_card.clear();
   } else {
     m_card.setShape(window, {.part = Shape::Part::fill, .radius = kRadius, .color = qRgb(255, 255, 255)}, bounds);

@@ -11,6 +11,7 @@
 #include "FileImageDecoder.h"
 #include "FrameTimes.h"
 #include "PictureStore.h"
+#include "PixelBuffer.h"
 #include "QmlPlugins.h"
 #include "SettingsPreferences.h"
 
@@ -46,6 +47,16 @@ void scroll(QQuickWindow& window) {
     nextFrame(window);
     waitUntil(clock, 16);
   }
+}
+
+// Into memory that was used before, as when photos are stepped through.
+double decodeTime(ImageDecoder& decoder, const FileUrl& file) {
+  const PixelReuse reuse;
+  (void)decoder.decode(file);
+  QElapsedTimer clock;
+  clock.start();
+  (void)decoder.decode(file);
+  return milliseconds(clock);
 }
 
 // From the key's press to the end of the frame with the photo.
@@ -103,10 +114,7 @@ int main(int argc, char* argv[]) {
   nextFrame(*window);
   for (int photo = 1; photo < kPhotos; ++photo) {
     next.push_back(stepTo(*window, Qt::Key_Right));
-    QElapsedTimer clock;
-    clock.start();
-    (void)decoder.decode(view.library()->currentPhoto()->url);
-    beyondDecode.push_back(next.back() - milliseconds(clock));
+    beyondDecode.push_back(next.back() - decodeTime(decoder, view.library()->currentPhoto()->url));
     back.push_back(stepTo(*window, Qt::Key_Left));
     (void)stepTo(*window, Qt::Key_Right);
   }
