@@ -67,7 +67,15 @@ Item {
         onClicked: root.view.exitDetailMode()
     }
 
+    // What the button lets through while it leaves is not meant for a tile.
+    MouseArea {
+        anchors.fill: chooseFolder
+        visible: chooseFolder.visible
+    }
+
     ChromeButtonStyle {
+        id: chooseFolder
+
         anchors.right: parent.right
         anchors.rightMargin: 22
         y: 22 + Math.round((root.rowHeight - height) / 2)
