@@ -42,7 +42,7 @@ void PhotoThumbnailTile::setPhoto(const PhotoItem& photo) {
   if (photo == m_photo) return;
   m_photo = photo;
   m_thumbnail = {};
-  m_loads.clear();
+  m_loads.clear();  // what comes late is not of this photo
   m_loadKey.reset();
   updateSpinner();
   update();
@@ -103,16 +103,15 @@ void PhotoThumbnailTile::loadThumbnail() {
   const FileUrl url = m_photo.url;
   const double bound = maxPixelSize(m_side);
   if (const QImage cached = ThumbnailStore::cachedThumbnail(url, bound); !cached.isNull()) {
-    showThumbnail(url.path(), cached);
+    showThumbnail(cached);
     return;
   }
   const auto result = std::make_shared<QImage>();
   m_loads.push_back(m_queue->enqueue([url, bound, result] { *result = ThumbnailStore::thumbnail(url, bound); },
-                                     [this, path = url.path(), result] { showThumbnail(path, *result); }));
+                                     [this, result] { showThumbnail(*result); }));
 }
 
-void PhotoThumbnailTile::showThumbnail(const QByteArray& path, const QImage& thumbnail) {
-  if (path != m_photo.id()) return;
+void PhotoThumbnailTile::showThumbnail(const QImage& thumbnail) {
   m_thumbnail = thumbnail;
   updateSpinner();
   update();

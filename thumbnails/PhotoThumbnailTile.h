@@ -66,7 +66,7 @@ class PhotoThumbnailTile : public QQuickItem {
  private:
   void loadWhenKeyChanged();
   void loadThumbnail();
-  void showThumbnail(const QByteArray& path, const QImage& thumbnail);
+  void showThumbnail(const QImage& thumbnail);
   void updateSpinner();
 
   BackgroundQueue* m_queue = nullptr;
