@@ -59,6 +59,24 @@ double decodeTime(ImageDecoder& decoder, const FileUrl& file) {
   return milliseconds(clock);
 }
 
+// The rest of the photo is uploaded, or the grid is back.
+void settle() {
+  QElapsedTimer clock;
+  clock.start();
+  waitUntil(clock, 500);
+}
+
+// From the click on a tile of the grid to the end of the frame with the photo.
+double open(QQuickWindow& window, ContentView& view, std::int64_t index) {
+  QElapsedTimer clock;
+  clock.start();
+  view.handleTileClick(index, Qt::NoModifier);
+  nextFrame(window);
+  const double time = milliseconds(clock);
+  settle();
+  return time;
+}
+
 // From the key's press to the end of the frame with the photo.
 double stepTo(QQuickWindow& window, Qt::Key key) {
   QElapsedTimer clock;
@@ -69,8 +87,32 @@ double stepTo(QQuickWindow& window, Qt::Key key) {
   const double time = milliseconds(clock);
   QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier);
   QCoreApplication::sendEvent(&window, &release);
-  waitUntil(clock, static_cast<qint64>(time) + 500);  // the rest of the photo is uploaded
+  settle();
   return time;
+}
+
+void lookAtPhotos(QQuickWindow& window, ContentView& view, ImageDecoder& decoder) {
+  std::vector<double> click;
+  std::vector<double> next;
+  std::vector<double> back;
+  std::vector<double> beyondDecode;
+  for (int photo = kPhotos - 1; photo >= 0; --photo) {
+    const double time = open(window, view, photo);
+    click.push_back(time - decodeTime(decoder, view.library()->currentPhoto()->url));
+    if (photo == 0) break;
+    view.exitDetailMode();
+    settle();
+  }
+  for (int photo = 1; photo < kPhotos; ++photo) {
+    next.push_back(stepTo(window, Qt::Key_Right));
+    beyondDecode.push_back(next.back() - decodeTime(decoder, view.library()->currentPhoto()->url));
+    back.push_back(stepTo(window, Qt::Key_Left));
+    (void)stepTo(window, Qt::Key_Right);
+  }
+  report("click, beyond its decode", click);
+  report("next photo", next);
+  report("  beyond its decode", beyondDecode);
+  report("back to the photo left", back);
 }
 
 }  // namespace
@@ -107,20 +149,7 @@ int main(int argc, char* argv[]) {
   while (app.thumbnailQueue().pendingCount() > 0) waitUntil(rest, rest.elapsed() + 50);
   std::printf("%-24s %ld MB\n", "memory after scrolling", proportionalMegabytes());
 
-  std::vector<double> next;
-  std::vector<double> back;
-  std::vector<double> beyondDecode;
-  view.handleTileClick(0, Qt::NoModifier);
-  nextFrame(*window);
-  for (int photo = 1; photo < kPhotos; ++photo) {
-    next.push_back(stepTo(*window, Qt::Key_Right));
-    beyondDecode.push_back(next.back() - decodeTime(decoder, view.library()->currentPhoto()->url));
-    back.push_back(stepTo(*window, Qt::Key_Left));
-    (void)stepTo(*window, Qt::Key_Right);
-  }
-  report("next photo", next);
-  report("  beyond its decode", beyondDecode);
-  report("back to the photo left", back);
+  lookAtPhotos(*window, view, decoder);
   std::printf("%-24s %ld MB\n", "memory with a photo", proportionalMegabytes());
   return 0;
 }
