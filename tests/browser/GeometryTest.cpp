@@ -33,7 +33,7 @@ class GeometryTest : public QObject {
 
   void visibleRowsAreThoseThatTouchTheViewport() {
     const GridLayout layout = layoutOf(42, {600, 250});
-    for (double contentY = -200; contentY <= layout.contentHeight() + 300; contentY += 1) {  // pulled beyond the ends
+    for (int contentY = -200; contentY <= int(layout.contentHeight()) + 300; ++contentY) {  // pulled beyond the ends
       const auto [first, last] = layout.visibleIndices(contentY);
       const QRectF viewport(-1000, contentY, 3000, 250);
       for (std::int64_t index = 0; index < layout.count; ++index) {

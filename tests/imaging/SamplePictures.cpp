@@ -80,7 +80,7 @@ QByteArray jpeg(const QImage& image, const JpegSpec& spec) {
   }
   jpeg_finish_compress(&jpeg);
   jpeg_destroy_compress(&jpeg);
-  const QByteArray bytes(reinterpret_cast<const char*>(written), static_cast<qsizetype>(size));
+  QByteArray bytes(reinterpret_cast<const char*>(written), static_cast<qsizetype>(size));
   std::free(written);
   return bytes;
 }

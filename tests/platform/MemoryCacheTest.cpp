@@ -23,6 +23,7 @@ class MemoryCacheTest : public QObject {
   void staysWithinItsBudgetUnderThreads() {
     MemoryCache<int, int> cache(1000);
     std::vector<std::jthread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread) {
       threads.emplace_back([&cache, thread] {
         for (int step = 0; step < 20'000; ++step) {

@@ -30,7 +30,7 @@ class PhotoThumbnailTileTest : public QObject {
       settle();
       QCOMPARE(m_tile->thumbnail().width(), bound);
     }
-    for (double side = 182; side < 200; ++side) m_tile->setSide(side);
+    for (int side = 182; side < 200; ++side) m_tile->setSide(side);
     QCOMPARE(m_queue.pendingCount(), 0);         // one load for a turn of the event loop
     QCOMPARE(m_tile->thumbnail().width(), 362);  // until the new one is there
     settle();

@@ -16,6 +16,7 @@ class ThumbnailStoreTest : public QObject {
     const FileUrl file = m_folder.add(QStringLiteral("portrait.png"), samplePhoto({1000, 1500}));
     std::vector<QImage> made(16);
     std::vector<std::jthread> threads;
+    threads.reserve(made.size());
     for (QImage& image : made) threads.emplace_back([&] { image = ThumbnailStore::thumbnail(file, 480); });
     threads.clear();
     QCOMPARE(made[0].size(), QSize(320, 480));
