@@ -50,7 +50,7 @@ class PhotoGridTest : public QObject {
     const double centred = 24 + 50 * 141 + 63.5 - 300;
     QCOMPARE(m_grid->contentY(), centred);  // it appears there
     const GridLayout layout{m_window->view.gridMetrics({600, 600}), 4, 400, {600, 600}};
-    for (double contentY = 0; contentY < layout.contentHeight(); contentY += 333) {
+    for (int contentY = 0; contentY < int(layout.contentHeight()); contentY += 333) {
       m_grid->setContentY(contentY);
       const auto [first, last] = layout.visibleIndices(contentY);
       QCOMPARE(tiles().size(), last - first);
