@@ -6,7 +6,6 @@
 #include <QTest>
 
 #include "PhotoFolder.h"
-#include "SamplePhoto.h"
 #include "TestWindow.h"
 
 Q_IMPORT_QML_PLUGIN(Lumagrid_StylePlugin)

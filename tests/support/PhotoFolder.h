@@ -3,14 +3,27 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QTemporaryDir>
 
 #include "FileUrl.h"
 #include "PhotoLibrary.h"
 
 namespace lumagrid {
+
+// The bytes of a picture of one colour, losslessly.
+inline QByteArray samplePhoto(QSize size, Qt::GlobalColor color = Qt::darkCyan, const char* format = "PNG") {
+  QImage image(size, QImage::Format_RGB32);
+  image.fill(color);
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  buffer.open(QIODevice::WriteOnly);
+  if (!image.save(&buffer, format)) qFatal("Cannot write a picture");
+  return bytes;
+}
 
 // A folder of files, made for a test and gone with it.
 class PhotoFolder {

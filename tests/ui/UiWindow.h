@@ -8,7 +8,6 @@
 #include "FakePlatform.h"
 #include "LumagridApp.h"
 #include "PhotoFolder.h"
-#include "SamplePhoto.h"
 #include "TemporaryHome.h"
 
 namespace lumagrid {

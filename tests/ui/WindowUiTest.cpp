@@ -30,7 +30,16 @@ class WindowUiTest : public QObject {
     right.open(b.url());
     right.openPhoto("b.jpg");
     QVERIFY(left.shows("a.jpg") && left.isEnabled("File"));
-    QCOMPARE(recent(left)[0].title, b.url().displayName());
+    QStringList titles;
+    for (const MenuEntry& entry : recent(left)) titles.append(entry.title);
+    QCOMPARE(titles,
+             (QStringList{b.url().displayName(), a.url().displayName(), QString(), QStringLiteral("Clear Recents")}));
+    QCOMPARE(menu.front().title, QStringLiteral("Open Recent"));
+    left.click("Lumagrid");
+    QVERIFY(left.window.geometry().contains(app.platform.popupMenu.position));
+    QCOMPARE(menu.back().title, QStringLiteral("Quit"));
+    menu.front().action();
+    QCOMPARE(app.platform.alert.asked.size(), 1);
     recent(left)[1].action();
     for (UiWindow* window : {&left, &right}) {
       QTRY_VERIFY(window->shows("a.jpg") && window->shows("Sort order") && !window->shows("Grid"));

@@ -1,8 +1,10 @@
-#include "PhotoPyramid.h"
-
 #include <QRandomGenerator>
 #include <QTest>
+#include <cmath>
 #include <thread>
+
+#include "Backdrop.h"
+#include "PhotoPyramid.h"
 
 using namespace lumagrid;
 
@@ -18,7 +20,8 @@ QImage picture(const QList<QList<int>>& greys) {
 
 }  // namespace
 
-class PhotoPyramidTest : public QObject {
+// Pixels that are computed: the backdrop, and photos made smaller.
+class ComputedPixelsTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
@@ -64,7 +67,26 @@ class PhotoPyramidTest : public QObject {
     QCOMPARE(pyramid.level(3).size(), QSize(376, 151));
     QCOMPARE(pyramid.fitted({300, 60}), areaScaled(pyramid.level(2), {300, 60}, 1));
   }
+
+  // The coverages are those of a disc of radius 210, blurred by a Gaussian of 16 and of 24 points and summed up point
+  // by point around the centres of the pixels: 0.6 levels are the rounding and little more.
+  void isAGradientUnderTwoBlurredDiscs() {
+    const QImage image = backdropImage({1100, 760}, 1, ColorScheme::light, {0, 0, 1100, 760});
+    for (const auto& [distance, warm, teal] :
+         {std::tuple(0, 1.0, 1.0), {206, 0.5708, 0.5512}, {218, 0.2842, 0.3558}, {240, 0.026, 0.0996}}) {
+      const double blue = 238 - 41 * 80.5 / 760;  // of the gradient
+      QVERIFY(std::abs(blue + (107 - blue) * 0.24 * warm - image.pixelColor(110 + distance, 80).blue()) <= 0.6);
+      const double red = 251 - 10 * (700.5 - distance) / 760;
+      QVERIFY(std::abs(red + (31 - red) * 0.18 * teal - image.pixelColor(1010, 700 - distance).red()) <= 0.6);
+    }
+  }
+
+  void partsAgreeWithTheWhole() {
+    const auto draw = [](QRect part) { return backdropImage({1100, 760}, 1.5, ColorScheme::light, part); };
+    const QImage whole = draw({0, 0, 1650, 1140});
+    QCOMPARE(draw({200, 90, 130, 40}), whole.copy(200, 90, 130, 40));
+  }
 };
 
-QTEST_APPLESS_MAIN(PhotoPyramidTest)
-#include "PhotoPyramidTest.moc"
+QTEST_APPLESS_MAIN(ComputedPixelsTest)
+#include "ComputedPixelsTest.moc"

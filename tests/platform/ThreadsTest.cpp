@@ -8,6 +8,8 @@
 #include <atomic>
 #include <thread>
 
+#include "MemoryCache.h"
+
 using namespace lumagrid;
 using Ticket = BackgroundQueue::Ticket;
 
@@ -23,7 +25,8 @@ std::shared_ptr<void> witness(std::atomic<int>& alive) {
 
 }  // namespace
 
-class BackgroundQueueTest : public QObject {
+// What thumbnails are made and kept by.
+class ThreadsTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
@@ -112,7 +115,37 @@ class BackgroundQueueTest : public QObject {
     QCOMPARE(reported, kPieces);
     QCOMPARE(::getpriority(PRIO_PROCESS, 0), mainNiceness);
   }
+
+  void leastRecentlyUsedGoesFirst() {
+    MemoryCache<char, int> cache(30);
+    for (const char key : QByteArray("abccac")) cache.setObject(key, 1, 10);
+    QCOMPARE(cache.object('a'), 1);  // used: b is the oldest now
+    cache.setObject('d', 4, 15);     // both b and c must go
+    cache.setObject('e', 5, 5);      // the budget to the last byte
+    QVERIFY(!cache.object('b') && !cache.object('c') && cache.object('d') && cache.object('e'));
+    cache.setObject('a', 6, 31);  // beyond the budget: not kept, and the old value would be a lie
+    QVERIFY(!cache.object('a') && cache.object('d') && cache.object('e'));
+  }
+
+  void staysWithinItsBudgetUnderThreads() {
+    MemoryCache<int, int> cache(1000);
+    std::vector<std::jthread> threads;
+    threads.reserve(4);
+    for (int thread = 0; thread < 4; ++thread) {
+      threads.emplace_back([&cache, thread] {
+        for (int step = 0; step < 20'000; ++step) {
+          const int value = (step * 7 + thread) % 100;
+          cache.setObject(value, value, std::size_t(value));
+          if (cache.object(value).value_or(value) != value) qFatal("Another's value");
+        }
+      });
+    }
+    threads.clear();
+    int bytes = 0;
+    for (int value = 0; value < 100; ++value) bytes += cache.object(value).value_or(0);
+    QVERIFY(bytes > 900 && bytes <= 1000);  // no value takes more than 99
+  }
 };
 
-QTEST_GUILESS_MAIN(BackgroundQueueTest)
-#include "BackgroundQueueTest.moc"
+QTEST_GUILESS_MAIN(ThreadsTest)
+#include "ThreadsTest.moc"
