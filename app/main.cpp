@@ -1,5 +1,3 @@
-#include <malloc.h>
-
 #include <QApplication>
 #include <cstdio>
 #include <memory>
@@ -13,19 +11,11 @@
 #include "QmlPlugins.h"
 #include "SettingsPreferences.h"
 #include "StartAhead.h"
+#include "Tuning.h"
 
 using namespace lumagrid;
 
 namespace {
-
-// Pictures and files of many megabytes go back to the system when they are freed; thumbnails, whose fresh pages would
-// cost more than they, do not.
-void tuneMemory() {
-#ifdef __GLIBC__
-  ::mallopt(M_MMAP_THRESHOLD, 4 << 20);
-  ::mallopt(M_TRIM_THRESHOLD, 8 << 20);
-#endif
-}
 
 int run(QApplication& application, const CommandLine& line, PictureStore& pictures, std::unique_ptr<StartAhead> ahead) {
   PortalAppearance appearance(line.appearance);
@@ -66,7 +56,7 @@ int main(int argc, char* argv[]) {
     std::puts("Lumagrid " LUMAGRID_VERSION);
     return EXIT_SUCCESS;
   }
-  tuneMemory();
+  tuneToolkit();
   FileImageDecoder decoder;
   PictureStore pictures(decoder);
   std::unique_ptr<StartAhead> ahead;

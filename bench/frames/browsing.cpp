@@ -14,6 +14,7 @@
 #include "PixelBuffer.h"
 #include "QmlPlugins.h"
 #include "SettingsPreferences.h"
+#include "Tuning.h"
 
 using namespace lumagrid;
 
@@ -118,6 +119,7 @@ void lookAtPhotos(QQuickWindow& window, ContentView& view, ImageDecoder& decoder
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  tuneToolkit();
   QApplication application(argc, argv);
   if (argc != 2) {
     std::fprintf(stderr, "usage: lumagrid-bench-browsing FOLDER\n");

@@ -11,6 +11,7 @@
 
 #include "FrameTimes.h"
 #include "PhotoView.h"
+#include "Tuning.h"
 
 namespace {
 
@@ -35,6 +36,7 @@ QImage load(const QString& file) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  lumagrid::tuneToolkit();
   QGuiApplication app(argc, argv);
   QImageReader::setAllocationLimit(0);
   std::vector<QImage> photos;
