@@ -11,6 +11,9 @@ namespace {
 
 using Rgb = std::array<float, 3>;  // 0 to 255
 
+// One row of pixels, a vector for each component, which the compiler can work on many at a time.
+using Row = std::array<std::vector<float>, 3>;
+
 constexpr double kDiscRadius = 210;
 constexpr double kEdgeSigmas = 4;  // beyond which a disc has ended to the eye and to eight bits
 
@@ -21,15 +24,23 @@ struct Disc {
   float opacity;
 };
 
+struct CardColor {
+  Rgb color;
+  float opacity;
+};
+
 struct Look {
   Rgb top;
   Rgb bottom;
   float warmOpacity;
   float tealOpacity;
+  CardColor cardFirst;   // at the card's top left corner
+  CardColor cardSecond;  // at its bottom right corner
 };
 
-constexpr Look kLight = {{251, 246, 238}, {241, 224, 197}, 0.24F, 0.18F};
-constexpr Look kDark = {{26, 23, 20}, {36, 31, 26}, 0.12F, 0.22F};
+constexpr Look kLight = {
+    {251, 246, 238}, {241, 224, 197}, 0.24F, 0.18F, {{255, 255, 255}, 0.86F}, {{238, 226, 208}, 0.96F}};
+constexpr Look kDark = {{26, 23, 20}, {36, 31, 26}, 0.12F, 0.22F, {{44, 40, 36}, 0.92F}, {{35, 31, 27}, 0.98F}};
 
 class BlurredDisc {
  public:
@@ -46,12 +57,12 @@ class BlurredDisc {
   }
 
   // Blends the disc over a row of pixels whose first has its centre at (x, y).
-  void blend(std::vector<Rgb>& row, double x, double y) const {
+  void blend(Row& row, double x, double y) const {
     const double dy = y - m_center.y();
     const double half = m_reach * m_reach - dy * dy;
     if (half <= 0) return;
     const double halfWidth = std::sqrt(half);
-    const auto count = static_cast<double>(row.size());
+    const auto count = static_cast<double>(row[0].size());
     const auto first = static_cast<std::size_t>(std::clamp(std::ceil(m_center.x() - halfWidth - x), 0.0, count));
     const auto last = static_cast<std::size_t>(std::clamp(std::floor(m_center.x() + halfWidth - x) + 1, 0.0, count));
     for (std::size_t i = first; i < last; ++i) {
@@ -60,7 +71,7 @@ class BlurredDisc {
       const auto whole = static_cast<std::size_t>(distance);
       const float fraction = distance - static_cast<float>(whole);
       const float alpha = m_coverage[whole] + (m_coverage[whole + 1] - m_coverage[whole]) * fraction;
-      for (std::size_t c = 0; c < 3; ++c) row[i][c] += (m_color[c] - row[i][c]) * alpha;
+      for (std::size_t c = 0; c < 3; ++c) row[c][i] += (m_color[c] - row[c][i]) * alpha;
     }
   }
 
@@ -71,30 +82,82 @@ class BlurredDisc {
   std::vector<float> m_coverage;  // by distance from the centre, in pixels
 };
 
-}  // namespace
+// The card's gradient: premultiplied colour and opacity are affine functions of the progress along the diagonal.
+class Card {
+ public:
+  Card(const Backdrop& backdrop, const Look& look)
+      : m_first(look.cardFirst),
+        m_second(look.cardSecond),
+        m_topLeft(backdrop.card.topLeft() * backdrop.devicePixelRatio),
+        m_size(backdrop.card.size() * backdrop.devicePixelRatio) {}
 
-QImage backdropImage(QSizeF size, double devicePixelRatio, ColorScheme colorScheme, QRect part) {
-  const Look& look = colorScheme == ColorScheme::dark ? kDark : kLight;
-  const BlurredDisc warm({{110, 80}, 16, {228, 179, 107}, look.warmOpacity}, devicePixelRatio);
-  const BlurredDisc teal({{size.width() - 90, size.height() - 60}, 24, {31, 111, 95}, look.tealOpacity},
-                         devicePixelRatio);
-  QImage image(part.size(), QImage::Format_RGBX8888);
-  std::vector<Rgb> row(static_cast<std::size_t>(part.width()));
-  for (int y = 0; y < part.height(); ++y) {
-    const double centerY = part.top() + y + 0.5;
-    const auto progress = static_cast<float>(centerY / (size.height() * devicePixelRatio));
-    Rgb color;
-    for (std::size_t c = 0; c < 3; ++c) color[c] = look.top[c] + (look.bottom[c] - look.top[c]) * progress;
-    std::fill(row.begin(), row.end(), color);
-    warm.blend(row, part.left() + 0.5, centerY);
-    teal.blend(row, part.left() + 0.5, centerY);
-    uchar* pixel = image.scanLine(y);
-    for (const Rgb& value : row) {
-      for (const float component : value) *pixel++ = static_cast<uchar>(qRound(component));
-      *pixel++ = 255;
+  // Blends the card over a row of pixels whose first has its centre at (x, y).
+  void blend(Row& row, double x, double y) const {
+    const double left = m_topLeft.x() - x;
+    const double below = y - m_topLeft.y();
+    if (below < 0 || below >= m_size.height()) return;
+    const auto count = static_cast<double>(row[0].size());
+    const auto first = static_cast<std::size_t>(std::clamp(std::ceil(left), 0.0, count));
+    const auto last = static_cast<std::size_t>(std::clamp(std::ceil(left + m_size.width()), 0.0, count));
+    const double squaredDiagonal = m_size.width() * m_size.width() + m_size.height() * m_size.height();
+    const auto progress = static_cast<float>((below * m_size.height() - left * m_size.width()) / squaredDiagonal);
+    const auto step = static_cast<float>(m_size.width() / squaredDiagonal);
+    for (std::size_t c = 0; c < 3; ++c) {
+      const float from = m_first.color[c] * m_first.opacity;
+      const float change = m_second.color[c] * m_second.opacity - from;
+      float* const value = row[c].data();
+      for (std::size_t i = first; i < last; ++i) {
+        const float t = progress + step * static_cast<float>(static_cast<int>(i));
+        const float opacity = m_first.opacity + (m_second.opacity - m_first.opacity) * t;
+        value[i] += from + change * t - value[i] * opacity;
+      }
     }
   }
-  image.setDevicePixelRatio(devicePixelRatio);
+
+ private:
+  CardColor m_first;
+  CardColor m_second;
+  QPointF m_topLeft;
+  QSizeF m_size;
+};
+
+// As bytes of red, green, blue and 255.
+void write(const Row& row, uchar* pixels) {
+  const float* const red = row[0].data();
+  const float* const green = row[1].data();
+  const float* const blue = row[2].data();
+  for (std::size_t i = 0; i < row[0].size(); ++i) {
+    pixels[4 * i] = static_cast<uchar>(static_cast<int>(red[i] + 0.5F));
+    pixels[4 * i + 1] = static_cast<uchar>(static_cast<int>(green[i] + 0.5F));
+    pixels[4 * i + 2] = static_cast<uchar>(static_cast<int>(blue[i] + 0.5F));
+    pixels[4 * i + 3] = 255;
+  }
+}
+
+}  // namespace
+
+QImage backdropImage(const Backdrop& backdrop, QRect part) {
+  const Look& look = backdrop.colorScheme == ColorScheme::dark ? kDark : kLight;
+  const double ratio = backdrop.devicePixelRatio;
+  const QSizeF size = backdrop.size;
+  const BlurredDisc warm({{110, 80}, 16, {228, 179, 107}, look.warmOpacity}, ratio);
+  const BlurredDisc teal({{size.width() - 90, size.height() - 60}, 24, {31, 111, 95}, look.tealOpacity}, ratio);
+  const Card card(backdrop, look);
+  QImage image(part.size(), QImage::Format_RGBX8888);
+  Row row;
+  for (auto& component : row) component.resize(static_cast<std::size_t>(part.width()));
+  for (int y = 0; y < part.height(); ++y) {
+    const double centerY = part.top() + y + 0.5;
+    const auto progress = static_cast<float>(centerY / (size.height() * ratio));
+    for (std::size_t c = 0; c < 3; ++c) {
+      std::fill(row[c].begin(), row[c].end(), look.top[c] + (look.bottom[c] - look.top[c]) * progress);
+    }
+    warm.blend(row, part.left() + 0.5, centerY);
+    teal.blend(row, part.left() + 0.5, centerY);
+    card.blend(row, part.left() + 0.5, centerY);
+    write(row, image.scanLine(y));
+  }
+  image.setDevicePixelRatio(ratio);
   return image;
 }
 

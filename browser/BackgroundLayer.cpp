@@ -10,12 +10,9 @@ namespace lumagrid {
 
 namespace {
 
-// What the picture was made for.
 struct BackdropNode : QSGNode {
   QSGImageNode* image = nullptr;
-  QSizeF size;
-  double devicePixelRatio = 0;
-  bool isDark = false;
+  Backdrop backdrop;  // that the picture shows
 };
 
 }  // namespace
@@ -39,13 +36,10 @@ QSGNode* BackgroundLayer::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*
     node->image->setFiltering(QSGTexture::Nearest);
     node->appendChildNode(node->image);
   }
-  const bool isDark = Palette::instance()->isDark();
-  if (node->size == size() && node->devicePixelRatio == ratio && node->isDark == isDark) return node;
-  node->size = size();
-  node->devicePixelRatio = ratio;
-  node->isDark = isDark;
-  const QImage image =
-      backdropImage(size(), ratio, isDark ? ColorScheme::dark : ColorScheme::light, QRect(QPoint(), pixels));
+  const Backdrop backdrop{size(), ratio, Palette::instance()->isDark() ? ColorScheme::dark : ColorScheme::light, m_card};
+  if (node->backdrop == backdrop) return node;
+  node->backdrop = backdrop;
+  const QImage image = backdropImage(backdrop, QRect(QPoint(), pixels));
   node->image->setTexture(window()->createTextureFromImage(image, QQuickWindow::TextureIsOpaque));
   node->image->setSourceRect(QRectF(QPointF(), pixels));
   node->image->setRect(QRectF(QPointF(), QSizeF(pixels) / ratio));

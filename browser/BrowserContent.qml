@@ -17,6 +17,7 @@ FocusScope {
         id: backdrop
 
         anchors.fill: parent
+        card: Qt.rect(stage.backdropOrigin.x, stage.backdropOrigin.y, stage.width, stage.height)
     }
 
     Item {

@@ -21,7 +21,7 @@ QImage StageCorners::coverImage(QRectF corner, double devicePixelRatio) const {
   const QRect part(((m_backdropOrigin + corner.topLeft()) * devicePixelRatio).toPoint(),
                    (corner.size() * devicePixelRatio).toSize());
   const ColorScheme colorScheme = Palette::instance()->isDark() ? ColorScheme::dark : ColorScheme::light;
-  QImage cover = backdropImage(m_backdropSize, devicePixelRatio, colorScheme, part)
+  QImage cover = backdropImage({m_backdropSize, devicePixelRatio, colorScheme}, part)
                      .convertToFormat(QImage::Format_ARGB32_Premultiplied);
   cover.setDevicePixelRatio(1);
   QPainter painter(&cover);

@@ -2,7 +2,8 @@ import QtQuick
 import Lumagrid.Browser
 import Lumagrid.Style
 
-// The rounded card in which a stage draws its content; nothing of the content shows outside of it.
+// The rounded card in which a stage draws its content; nothing of the content shows outside of it. The card's colours
+// are part of the backdrop.
 Item {
     id: root
 
@@ -11,10 +12,6 @@ Item {
     property point backdropOrigin
 
     clip: true
-
-    StageCard {
-        anchors.fill: parent
-    }
 
     ContinuousRectangle {
         anchors.fill: parent

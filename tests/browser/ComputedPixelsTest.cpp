@@ -71,7 +71,7 @@ class ComputedPixelsTest : public QObject {
   // The coverages are those of a disc of radius 210, blurred by a Gaussian of 16 and of 24 points and summed up point
   // by point around the centres of the pixels: 0.6 levels are the rounding and little more.
   void isAGradientUnderTwoBlurredDiscs() {
-    const QImage image = backdropImage({1100, 760}, 1, ColorScheme::light, {0, 0, 1100, 760});
+    const QImage image = backdropImage({{1100, 760}}, {0, 0, 1100, 760});
     for (const auto& [distance, warm, teal] :
          {std::tuple(0, 1.0, 1.0), {206, 0.5708, 0.5512}, {218, 0.2842, 0.3558}, {240, 0.026, 0.0996}}) {
       const double blue = 238 - 41 * 80.5 / 760;  // of the gradient
@@ -81,8 +81,23 @@ class ComputedPixelsTest : public QObject {
     }
   }
 
+  // Where there is no disc.
+  void liesUnderTheCard() {
+    const QImage image =
+        backdropImage({{1100, 760}, 1, ColorScheme::light, {18.4, 18.4, 1064, 724}}, {0, 0, 1100, 760});
+    const auto backdrop = [](int y) { return 246 - 22 * (y + 0.5) / 760; };  // of green
+    QVERIFY(std::abs(backdrop(741) - image.pixelColor(17, 741).green()) <= 0.6);
+    QVERIFY(std::abs(backdrop(743) - image.pixelColor(18, 743).green()) <= 0.6);
+    for (const auto& [place, progress] : {std::pair(QPoint(1081, 18), 0.683), {QPoint(18, 741), 0.316}}) {
+      const double green = 255 * 0.86 + (226 * 0.96 - 255 * 0.86) * progress;
+      const double opacity = 0.86 + 0.1 * progress;
+      QVERIFY(std::abs(green + backdrop(place.y()) * (1 - opacity) - image.pixelColor(place).green()) <= 0.6);
+    }
+  }
+
   void partsAgreeWithTheWhole() {
-    const auto draw = [](QRect part) { return backdropImage({1100, 760}, 1.5, ColorScheme::light, part); };
+    const Backdrop backdrop{{1100, 760}, 1.5, ColorScheme::dark, {18, 40, 1064, 702}};
+    const auto draw = [&](QRect part) { return backdropImage(backdrop, part); };
     const QImage whole = draw({0, 0, 1650, 1140});
     QCOMPARE(draw({200, 90, 130, 40}), whole.copy(200, 90, 130, 40));
   }
