@@ -25,6 +25,7 @@ int run(QApplication& application, const CommandLine& line, PictureStore& pictur
 
   QQuickWindow* window = app.makeWindow();
   if (!window) return EXIT_FAILURE;
+  window->create();  // loads the graphics driver while other threads read
   ContentView& view = *app.contentView(window);
   if (!line.path.isEmpty()) {
     const FileUrl url = FileUrl::fromPath(line.path);
