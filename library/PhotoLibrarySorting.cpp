@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "PhotoLibrary.h"
 #include "PhotoScan.h"
 
@@ -15,23 +17,15 @@ void PhotoLibrary::applySortOrder() {
 }
 
 void PhotoLibrary::sortPhotos(const std::vector<std::uint32_t>& positions) {
-  const QByteArray currentPath = currentPhoto() ? currentPhoto()->id() : QByteArray();
-
+  const auto current = std::find(positions.begin(), positions.end(), m_currentIndex);
+  Q_EMIT objectWillChange();  // observers still read the old list
   std::vector<PhotoItem> sorted;
   sorted.reserve(m_photos.size());
-  // Copies share their bytes. The list stays whole: observers read it until the assignment.
-  for (const std::uint32_t position : positions) sorted.push_back(m_photos[position]);
-  Q_EMIT objectWillChange();
+  for (const std::uint32_t position : positions) sorted.push_back(std::move(m_photos[position]));
   m_photos = std::move(sorted);
   Q_EMIT photosReordered();
 
-  if (!currentPath.isEmpty()) {
-    for (std::size_t index = 0; index < m_photos.size(); ++index) {
-      if (m_photos[index].id() != currentPath) continue;
-      setCurrentIndex(static_cast<std::int64_t>(index));
-      break;
-    }
-  }
+  if (current != positions.end()) setCurrentIndex(current - positions.begin());
   clearSelection();
 }
 

@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QList>
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 
@@ -49,10 +50,12 @@ FileUrl FileUrl::fromPath(const QString& path) {
 
 FileUrl FileUrl::child(const FileUrl& folder, QByteArrayView name) {
   FileUrl url;
-  url.m_path.reserve(folder.m_path.size() + 1 + name.size());
-  url.m_path.append(folder.m_path);
-  if (!url.m_path.endsWith('/')) url.m_path.append('/');
-  url.m_path.append(name);
+  const qsizetype folderSize = folder.m_path.endsWith('/') ? folder.m_path.size() - 1 : folder.m_path.size();
+  url.m_path = QByteArray(folderSize + 1 + name.size(), Qt::Uninitialized);
+  char* const bytes = url.m_path.data();
+  std::copy_n(folder.m_path.constData(), folderSize, bytes);
+  bytes[folderSize] = '/';
+  std::copy_n(name.data(), name.size(), bytes + folderSize + 1);
   return url;
 }
 
