@@ -16,15 +16,14 @@ namespace {
 
 constexpr QSizeF kStage(1064, 724);  // of a window of the least size
 
-// What shows on the grid, with photo number `current` first.
+// What shows on the grid's first screen, in reading order, but photo number `current` first.
 std::vector<FileUrl> photosInView(const std::vector<PhotoItem>& photos, const std::vector<std::uint32_t>& order,
                                   const GridLayout& layout, std::uint32_t current) {
-  const auto place = std::find(order.begin(), order.end(), current) - order.begin();
-  const auto [first, last] = layout.visibleIndices(layout.centeringContentY(place));
-  std::vector<FileUrl> urls{photos[current].url};
-  for (std::int64_t index = first; index < last; ++index) {
-    if (index != place) urls.push_back(photos[order[static_cast<std::size_t>(index)]].url);
-  }
+  const auto [first, last] = layout.visibleIndices(0);
+  std::vector<std::uint32_t> positions(order.begin() + first, order.begin() + last);
+  std::stable_partition(positions.begin(), positions.end(), [&](std::uint32_t position) { return position == current; });
+  std::vector<FileUrl> urls;
+  for (const std::uint32_t position : positions) urls.push_back(photos[position].url);
   return urls;
 }
 
@@ -32,7 +31,6 @@ std::vector<FileUrl> photosInView(const std::vector<PhotoItem>& photos, const st
 void makeThumbnails(const std::vector<FileUrl>& urls, double bound, const std::stop_token& stop) {
   std::atomic<std::size_t> next = 0;
   const auto work = [&] {
-    lowerPriorityOfThisThread();
     for (std::size_t i = next++; i < urls.size() && !stop.stop_requested(); i = next++) {
       (void)ThumbnailStore::thumbnail(urls[i], bound);
     }
@@ -46,6 +44,7 @@ void makeThumbnails(const std::vector<FileUrl>& urls, double bound, const std::s
 
 StartAhead::StartAhead(const FileUrl& url, PictureStore& pictures) {
   m_thread = std::jthread([this, url, &pictures](const std::stop_token& stop) {
+    lowerPriorityOfThisThread();  // the toolkit's start comes first
     const FileUrl folder = ContentView::scannedFolder(url);
     if (folder != url) pictures.decodeAhead(url);
     FolderScan scan{photoItems(folder), {}};
