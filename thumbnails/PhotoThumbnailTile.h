@@ -66,6 +66,8 @@ class PhotoThumbnailTile : public QQuickItem {
  private:
   void loadWhenKeyChanged();
   void loadThumbnail();
+  bool showCached();
+  bool setLoadKey();
   void showThumbnail(const QImage& thumbnail);
   void updateSpinner();
 
