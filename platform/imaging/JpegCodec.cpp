@@ -9,6 +9,7 @@
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
 #include "PixelBuffer.h"
+#include "ProgressiveJpegScans.h"
 
 namespace lumagrid {
 namespace {
@@ -60,16 +61,26 @@ DecodedImage decodeJpeg(const CodecRequest& request) {
   const QSize target = shownSize(size, metadata.pixelAspect, request.bound);
   const QSize scaled = request.bound > 0 ? smallestScaled(size, target) : size;
   QImage pixels;
-  if (scaled == scaledBy(kEighth, size)) pixels = baselineJpegAtEighth(request.bytes);
+  QByteArray needed;  // of a progressive file
+  if (scaled == scaledBy(kEighth, size)) {
+    pixels = baselineJpegAtEighth(request.bytes);
+    if (pixels.isNull()) needed = progressiveJpegForEighth(request.bytes);
+  }
   if (pixels.isNull()) {
     pixels = unsetPixels(scaled, QImage::Format_RGBX8888);
     if (pixels.isNull()) return {{}, ImageError::tooLarge};
     // TJPF_RGBA promises what RGBX8888 needs, 255 in the fourth byte. More than 500 scans are an attack on time.
-    const int status = tjDecompress2(handle.get(), bytes, byteCount, pixels.bits(), scaled.width(),
-                                     static_cast<int>(pixels.bytesPerLine()), scaled.height(),
-                                     isInks ? TJPF_CMYK : TJPF_RGBA, TJFLAG_LIMITSCANS);
+    const auto decode = [&](QByteArrayView file) {
+      return tjDecompress2(handle.get(), reinterpret_cast<const unsigned char*>(file.data()),
+                           static_cast<unsigned long>(file.size()), pixels.bits(), scaled.width(),
+                           static_cast<int>(pixels.bytesPerLine()), scaled.height(), isInks ? TJPF_CMYK : TJPF_RGBA,
+                           TJFLAG_LIMITSCANS) == 0;
+    };
     // A warning (data cut short, strange bytes) leaves a whole picture, gray where nothing came.
-    if (status != 0 && tjGetErrorCode(handle.get()) != TJERR_WARNING) return {{}, ImageError::damaged};
+    if ((needed.isNull() || !decode(needed)) && !decode(request.bytes) &&
+        tjGetErrorCode(handle.get()) != TJERR_WARNING) {
+      return {{}, ImageError::damaged};
+    }
   }
 
   RawPicture picture;
