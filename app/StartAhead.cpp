@@ -21,8 +21,10 @@ std::vector<FileUrl> photosInView(const std::vector<PhotoItem>& photos, const st
                                   const GridLayout& layout, std::uint32_t current) {
   const auto [first, last] = layout.visibleIndices(0);
   std::vector<std::uint32_t> positions(order.begin() + first, order.begin() + last);
-  std::stable_partition(positions.begin(), positions.end(), [&](std::uint32_t position) { return position == current; });
+  std::stable_partition(positions.begin(), positions.end(),
+                        [&](std::uint32_t position) { return position == current; });
   std::vector<FileUrl> urls;
+  urls.reserve(positions.size());
   for (const std::uint32_t position : positions) urls.push_back(photos[position].url);
   return urls;
 }

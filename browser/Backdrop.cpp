@@ -39,8 +39,21 @@ struct Look {
 };
 
 constexpr Look kLight = {
-    {251, 246, 238}, {241, 224, 197}, 0.24F, 0.18F, {{255, 255, 255}, 0.86F}, {{238, 226, 208}, 0.96F}};
-constexpr Look kDark = {{26, 23, 20}, {36, 31, 26}, 0.12F, 0.22F, {{44, 40, 36}, 0.92F}, {{35, 31, 27}, 0.98F}};
+    .top = {251, 246, 238},
+    .bottom = {241, 224, 197},
+    .warmOpacity = 0.24F,
+    .tealOpacity = 0.18F,
+    .cardFirst = {{255, 255, 255}, 0.86F},
+    .cardSecond = {{238, 226, 208}, 0.96F},
+};
+constexpr Look kDark = {
+    .top = {26, 23, 20},
+    .bottom = {36, 31, 26},
+    .warmOpacity = 0.12F,
+    .tealOpacity = 0.22F,
+    .cardFirst = {{44, 40, 36}, 0.92F},
+    .cardSecond = {{35, 31, 27}, 0.98F},
+};
 
 class BlurredDisc {
  public:
@@ -123,13 +136,8 @@ class Card {
 
 // As bytes of red, green, blue and 255.
 void write(const Row& row, uchar* pixels) {
-  const float* const red = row[0].data();
-  const float* const green = row[1].data();
-  const float* const blue = row[2].data();
   for (std::size_t i = 0; i < row[0].size(); ++i) {
-    pixels[4 * i] = static_cast<uchar>(static_cast<int>(red[i] + 0.5F));
-    pixels[4 * i + 1] = static_cast<uchar>(static_cast<int>(green[i] + 0.5F));
-    pixels[4 * i + 2] = static_cast<uchar>(static_cast<int>(blue[i] + 0.5F));
+    for (std::size_t c = 0; c < 3; ++c) pixels[4 * i + c] = static_cast<uchar>(qRound(row[c][i]));
     pixels[4 * i + 3] = 255;
   }
 }

@@ -36,7 +36,8 @@ QSGNode* BackgroundLayer::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*
     node->image->setFiltering(QSGTexture::Nearest);
     node->appendChildNode(node->image);
   }
-  const Backdrop backdrop{size(), ratio, Palette::instance()->isDark() ? ColorScheme::dark : ColorScheme::light, m_card};
+  const Backdrop backdrop{size(), ratio, Palette::instance()->isDark() ? ColorScheme::dark : ColorScheme::light,
+                          m_card};
   if (node->backdrop == backdrop) return node;
   node->backdrop = backdrop;
   const QImage image = backdropImage(backdrop, QRect(QPoint(), pixels));

@@ -5,7 +5,8 @@
 namespace lumagrid {
 
 // The backdrop of the window, behind everything, and on it the card of the stage: one opaque picture, since a card
-// blended over it took a sixth of a frame without a GPU. It fills the item, light or dark as the palette is. Main thread.
+// blended over it took a sixth of a frame without a GPU. It fills the item, light or dark as the palette is. Main
+// thread.
 class BackgroundLayer : public lumagrid::PictureItem {
   Q_OBJECT
   QML_ELEMENT

@@ -114,7 +114,8 @@ std::vector<std::uint32_t> sortedPositions(const std::vector<PhotoItem>& photos,
         return collator->sortKey(photo.url.lastPathComponent());
       };
     });
-    return order == SortOrder::nameAscending ? sortedByBytes(keys, std::less<>()) : sortedByBytes(keys, std::greater<>());
+    return order == SortOrder::nameAscending ? sortedByBytes(keys, std::less<>())
+                                             : sortedByBytes(keys, std::greater<>());
   }
   std::vector<std::int64_t> dates(photos.size());
   fillInParallel(dates, photos, [] { return [](const PhotoItem& photo) { return modDate(photo.url); }; });

@@ -85,8 +85,8 @@ void PhotoThumbnailTile::retire() {
   setPhoto({});
 }
 
-// A key that changes several times before the event loop turns, while the window's edge is dragged say, loads once. What
-// is at hand shows in the frame that is being made.
+// A key that changes several times before the event loop turns, while the window's edge is dragged say, loads once.
+// What is at hand shows in the frame that is being made.
 void PhotoThumbnailTile::loadWhenKeyChanged() {
   if (showCached() || std::exchange(m_loadScheduled, true)) return;
   QMetaObject::invokeMethod(this, &PhotoThumbnailTile::loadThumbnail, Qt::QueuedConnection);

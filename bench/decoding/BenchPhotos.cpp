@@ -15,9 +15,10 @@ namespace lumagrid {
 namespace {
 
 // Gradients, edges and fine texture, each stronger in some parts than in others, as in a landscape.
-QByteArray madePhoto(int subsampling, int quality) {
+QByteArray madePhoto(int subsampling, int flags = 0) {
   constexpr int kWidth = 6000;
   constexpr int kHeight = 4000;
+  constexpr int kQuality = 85;
   std::vector<unsigned char> pixels(size_t{kWidth} * kHeight * 3);
   std::minstd_rand random(5);
   for (int y = 0; y < kHeight; ++y) {
@@ -38,7 +39,7 @@ QByteArray madePhoto(int subsampling, int quality) {
   void* const handle = tjInitCompress();
   unsigned char* written = nullptr;
   unsigned long size = 0;
-  tjCompress2(handle, pixels.data(), kWidth, 0, kHeight, TJPF_RGB, &written, &size, subsampling, quality, 0);
+  tjCompress2(handle, pixels.data(), kWidth, 0, kHeight, TJPF_RGB, &written, &size, subsampling, kQuality, flags);
   QByteArray bytes(reinterpret_cast<const char*>(written), static_cast<qsizetype>(size));
   tjFree(written);
   tjDestroy(handle);
@@ -58,8 +59,9 @@ std::vector<BenchPhoto> benchPhotos() {
     }
   }
   if (photos.empty()) {
-    photos.push_back({"made, colour halved", madePhoto(TJSAMP_420, 85)});
-    photos.push_back({"made, full colour", madePhoto(TJSAMP_444, 85)});
+    photos.push_back({"made, colour halved", madePhoto(TJSAMP_420)});
+    photos.push_back({"made, full colour", madePhoto(TJSAMP_444)});
+    photos.push_back({"made, progressive", madePhoto(TJSAMP_420, TJFLAG_PROGRESSIVE)});
   }
   return photos;
 }

@@ -13,6 +13,7 @@
 #include "BenchPhotos.h"
 #include "ImageCodec.h"
 #include "PixelBuffer.h"
+#include "Tuning.h"
 
 using namespace lumagrid;
 
@@ -62,6 +63,7 @@ void registerOne(const std::string& name, const QByteArray& bytes) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  tuneToolkit();
   benchmark::Initialize(&argc, argv);
   for (const BenchPhoto& photo : benchPhotos()) {
     registerOne("whole/" + photo.name, photo.bytes);
