@@ -88,13 +88,14 @@ void PhotoThumbnailTile::retire() {
 // A key that changes several times before the event loop turns, while the window's edge is dragged say, loads once.
 // What is at hand shows in the frame that is being made.
 void PhotoThumbnailTile::loadWhenKeyChanged() {
-  if (showCached() || std::exchange(m_loadScheduled, true)) return;
+  if (!isLoadDue() || showCached() || std::exchange(m_loadScheduled, true)) return;
   QMetaObject::invokeMethod(this, &PhotoThumbnailTile::loadThumbnail, Qt::QueuedConnection);
 }
 
 void PhotoThumbnailTile::loadThumbnail() {
   m_loadScheduled = false;
-  if (showCached() || !setLoadKey()) return;
+  if (!isLoadDue() || showCached()) return;
+  replaceLoads();
   const auto result = std::make_shared<QImage>();
   const auto make = [url = m_photo.url, bound = maxPixelSize(m_side), result] {
     *result = ThumbnailStore::thumbnail(url, bound);
@@ -102,22 +103,22 @@ void PhotoThumbnailTile::loadThumbnail() {
   m_loads.push_back(m_queue->enqueue(make, [this, result] { showThumbnail(*result); }));
 }
 
+bool PhotoThumbnailTile::isLoadDue() const {
+  return !m_photo.url.isEmpty() && m_side > 0 && m_queue && loadKey(m_photo, m_side) != m_loadKey;
+}
+
 bool PhotoThumbnailTile::showCached() {
   const QImage cached = ThumbnailStore::cachedThumbnail(m_photo.url, maxPixelSize(m_side));
   if (cached.isNull()) return false;
-  if (setLoadKey()) showThumbnail(cached);
+  replaceLoads();
+  showThumbnail(cached);
   return true;
 }
 
-// Whether there is something to load that was not asked for yet.
-bool PhotoThumbnailTile::setLoadKey() {
-  if (m_photo.url.isEmpty() || m_side <= 0 || !m_queue) return false;
-  const QByteArray key = loadKey(m_photo, m_side);
-  if (key == m_loadKey) return false;
-  m_loadKey = key;
-  // What a thread has taken runs to its end and is shown when it comes; what none has taken is replaced.
+// What a thread has taken runs to its end and is shown when it comes; what none has taken is replaced.
+void PhotoThumbnailTile::replaceLoads() {
+  m_loadKey = loadKey(m_photo, m_side);
   std::erase_if(m_loads, [](const BackgroundQueue::Ticket& load) { return !load.isRunning(); });
-  return true;
 }
 
 void PhotoThumbnailTile::showThumbnail(const QImage& thumbnail) {

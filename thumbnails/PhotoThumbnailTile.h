@@ -66,8 +66,9 @@ class PhotoThumbnailTile : public QQuickItem {
  private:
   void loadWhenKeyChanged();
   void loadThumbnail();
+  [[nodiscard]] bool isLoadDue() const;
   bool showCached();
-  bool setLoadKey();
+  void replaceLoads();
   void showThumbnail(const QImage& thumbnail);
   void updateSpinner();
 

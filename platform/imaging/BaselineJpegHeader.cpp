@@ -1,24 +1,11 @@
 #include "BaselineJpegHeader.h"
 
-#include <QtEndian>
 #include <algorithm>
+
+#include "JpegSegments.h"
 
 namespace lumagrid {
 namespace {
-
-enum Marker : unsigned char {
-  kStartOfFrameBaseline = 0xc0,
-  kStartOfFrameExtended = 0xc1,
-  kDefineHuffman = 0xc4,
-  kStartOfImage = 0xd8,
-  kStartOfScan = 0xda,
-  kDefineQuantization = 0xdb,
-  kDefineRestart = 0xdd,
-  kApp0 = 0xe0,
-  kApp14 = 0xee,
-  kApp15 = 0xef,
-  kComment = 0xfe,
-};
 
 // What the markers of applications say about the colours.
 struct ColorHints {
@@ -26,38 +13,22 @@ struct ColorHints {
   std::optional<int> adobeTransform;
 };
 
-int byteAt(QByteArrayView data, qsizetype at) {
-  return static_cast<unsigned char>(data[at]);
-}
-
-int wordAt(QByteArrayView data, qsizetype at) {
-  return qFromBigEndian<quint16>(data.data() + at);
-}
-
 class HeaderReader {
  public:
   explicit HeaderReader(QByteArrayView file) : m_file(file) {}
 
   std::optional<BaselineJpeg> read() {
     if (m_file.size() < 4 || wordAt(m_file, 0) != (0xff00 | kStartOfImage)) return std::nullopt;
-    qsizetype at = 2;
-    for (;;) {
-      if (at + 4 > m_file.size() || byteAt(m_file, at) != 0xff) return std::nullopt;
-      const int marker = byteAt(m_file, at + 1);
-      if (marker == 0xff) {  // padding
-        ++at;
-        continue;
-      }
-      const int length = wordAt(m_file, at + 2);
-      if (length < 2 || at + 2 + length > m_file.size()) return std::nullopt;
-      const QByteArrayView segment = m_file.sliced(at + 4, length - 2);
-      at += 2 + length;
-      if (marker == kStartOfScan) {
+    for (qsizetype at = 2;;) {
+      const auto segment = jpegSegment(m_file, at);
+      if (!segment) return std::nullopt;
+      at = segment->end;
+      if (segment->marker == kStartOfScan) {
         m_jpeg.scanStart = at;
-        if (!readScan(segment)) return std::nullopt;
+        if (!readScan(segment->content)) return std::nullopt;
         return std::move(m_jpeg);
       }
-      if (!readSegment(marker, segment)) return std::nullopt;
+      if (!readSegment(segment->marker, segment->content)) return std::nullopt;
     }
   }
 

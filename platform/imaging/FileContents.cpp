@@ -8,7 +8,6 @@
 #include <cerrno>
 
 #include "MemoryLimit.h"
-#include "PixelBuffer.h"
 
 namespace lumagrid {
 namespace {
@@ -72,7 +71,6 @@ std::variant<QByteArray, ImageError> readFile(const FileUrl& file, bool (*wanted
   if (size > pictureByteLimit()) return ImageError::tooLarge;
 
   QByteArray bytes(size, Qt::Uninitialized);
-  preferHugePages(bytes.data(), static_cast<std::size_t>(size));
   std::copy_n(head, headSize, bytes.data());
   const qsizetype rest = readUpTo(descriptor.number(), bytes.data() + headSize, size - headSize);
   if (rest < 0) return ImageError::damaged;

@@ -1,31 +1,11 @@
-#include <QtEndian>
 #include <map>
 
 #include "ExifOrientation.h"
+#include "JpegSegments.h"
 #include "PictureMetadata.h"
 
 namespace lumagrid {
 namespace {
-
-enum Marker : unsigned char {
-  kStartOfFrame0 = 0xc0,
-  kDefineHuffman = 0xc4,
-  kReservedFrame = 0xc8,
-  kDefineArithmetic = 0xcc,
-  kStartOfFrame15 = 0xcf,
-  kRestart0 = 0xd0,
-  kEndOfImage = 0xd9,
-  kStartOfScan = 0xda,
-  kApp0 = 0xe0,
-  kApp1 = 0xe1,
-  kApp2 = 0xe2,
-  kApp14 = 0xee,
-};
-
-bool isFrameHeader(unsigned char marker) {
-  return marker >= kStartOfFrame0 && marker <= kStartOfFrame15 && marker != kDefineHuffman &&
-         marker != kReservedFrame && marker != kDefineArithmetic;
-}
 
 // The profile cut over several segments, each with its number and their count. Damaged numbering: no profile.
 class ProfileChunks {
@@ -61,11 +41,11 @@ JpegMetadata jpegMetadata(QByteArrayView file) {
   bool hasExif = false;
   qsizetype at = 2;
   while (at + 4 <= file.size()) {
-    if (static_cast<unsigned char>(file[at]) != 0xff) {  // stray bytes between segments
+    if (byteAt(file, at) != 0xff) {  // stray bytes between segments
       ++at;
       continue;
     }
-    const auto marker = static_cast<unsigned char>(file[at + 1]);
+    const int marker = byteAt(file, at + 1);
     if (marker == 0xff) {  // padding
       ++at;
       continue;
@@ -75,15 +55,14 @@ JpegMetadata jpegMetadata(QByteArrayView file) {
       continue;
     }
     if (marker == kStartOfScan || marker == kEndOfImage) break;
-    const qsizetype length = qFromBigEndian<quint16>(file.data() + at + 2);
+    const qsizetype length = wordAt(file, at + 2);
     if (length < 2 || at + 2 + length > file.size()) break;
     const QByteArrayView segment = file.sliced(at + 4, length - 2);
-    if (isFrameHeader(marker) && segment.size() >= 6 && metadata.size.isEmpty()) {
-      metadata.size = QSize(qFromBigEndian<quint16>(segment.data() + 3), qFromBigEndian<quint16>(segment.data() + 1));
-      metadata.componentCount = static_cast<unsigned char>(segment[5]);
+    if (isJpegFrame(marker) && segment.size() >= 6 && metadata.size.isEmpty()) {
+      metadata.size = QSize(wordAt(segment, 3), wordAt(segment, 1));
+      metadata.componentCount = byteAt(segment, 5);
     } else if (marker == kApp0 && segment.size() >= 12 && segment.startsWith(QByteArrayView("JFIF\0", 5))) {
-      metadata.pixelAspect =
-          pixelAspectOf(qFromBigEndian<quint16>(segment.data() + 8), qFromBigEndian<quint16>(segment.data() + 10));
+      metadata.pixelAspect = pixelAspectOf(wordAt(segment, 8), wordAt(segment, 10));
     } else if (marker == kApp1 && !hasExif && segment.startsWith(QByteArrayView("Exif\0", 5))) {
       hasExif = true;
       metadata.orientation = exifOrientationOfBlock(segment);

@@ -1,8 +1,5 @@
 #include "PixelBuffer.h"
 
-#include <sys/mman.h>
-
-#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
@@ -45,7 +42,6 @@ std::unique_ptr<Buffer, FreeBuffer> takeSpare(std::size_t bytes) {
 std::unique_ptr<Buffer, FreeBuffer> newBuffer(std::size_t bytes, std::size_t alignment) {
   void* const memory = std::aligned_alloc(alignment, bytes);
   if (memory == nullptr) return nullptr;
-  preferHugePages(memory, bytes);
   return std::unique_ptr<Buffer, FreeBuffer>(new Buffer{memory, bytes});
 }
 
@@ -73,14 +69,6 @@ PixelReuse::PixelReuse() {
 PixelReuse::~PixelReuse() {
   const std::scoped_lock lock(spareMutex);
   if (--reuseCount == 0) spare.reset();
-}
-
-void preferHugePages(void* memory, std::size_t bytes) {
-  // The system takes whole pages only.
-  constexpr std::uintptr_t kPage = 4096;
-  const auto begin = (reinterpret_cast<std::uintptr_t>(memory) + kPage - 1) / kPage * kPage;
-  const auto end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) / kPage * kPage;
-  if (end > begin) ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
 }
 
 }  // namespace lumagrid

@@ -5,29 +5,14 @@
 #include <cstdint>
 #include <utility>
 
+#include "JpegSegments.h"
+
 namespace lumagrid {
 
 namespace {
 
 constexpr int kMostScans = 500;         // more are an attack on time, which the decoder refuses
 constexpr int kLastSmoothedDetail = 9;  // with one coefficient up to this one, libjpeg-turbo smooths no mean value
-constexpr qsizetype kMarkerBytes = 2;
-
-enum Marker : std::uint8_t {
-  kProgressiveFrame = 0xC2,
-  kHuffmanTables = 0xC4,
-  kArithmeticConditions = 0xCC,
-  kFirstRestart = 0xD0,
-  kLastRestart = 0xD7,
-  kStart = 0xD8,
-  kEnd = 0xD9,
-  kScan = 0xDA,
-};
-
-bool isFrame(std::uint8_t marker) {
-  return marker >= 0xC0 && marker <= 0xCF && marker != kHuffmanTables && marker != kArithmeticConditions &&
-         marker != 0xC8;
-}
 
 struct Component {
   int horizontal = 0;
@@ -38,25 +23,21 @@ struct Component {
 // By their identifiers; those that the file does not have are without sampling factors.
 using Components = std::array<Component, 256>;
 
-std::uint8_t byteAt(QByteArrayView bytes, qsizetype index) {
-  return static_cast<std::uint8_t>(bytes[index]);
-}
-
 // The end of the entropy-coded data that begins at `begin`: the next marker that is no restart.
 qsizetype endOfData(QByteArrayView file, qsizetype begin) {
   for (;;) {
     const qsizetype at = file.indexOf('\xff', begin);
     if (at < 0 || at + 1 >= file.size()) return file.size();
-    const std::uint8_t next = byteAt(file, at + 1);
-    if (next != 0 && next != 0xFF && (next < kFirstRestart || next > kLastRestart)) return at;
-    begin = at + (next == 0xFF ? 1 : kMarkerBytes);
+    const int next = byteAt(file, at + 1);
+    if (next != 0 && next != 0xFF && (next < kRestart0 || next > kRestart7)) return at;
+    begin = at + (next == 0xFF ? 1 : 2);
   }
 }
 
 bool readComponents(QByteArrayView frame, Components& components) {
   if (frame.size() < 6 || frame.size() != 6 + 3 * byteAt(frame, 5)) return false;
   for (qsizetype at = 6; at < frame.size(); at += 3) {
-    Component& component = components[byteAt(frame, at)];
+    Component& component = components[static_cast<std::size_t>(byteAt(frame, at))];
     if (component.horizontal != 0) return false;  // twice
     component = {byteAt(frame, at + 1) >> 4, byteAt(frame, at + 1) & 15, false};
     if (component.horizontal == 0 || component.vertical == 0) return false;
@@ -78,7 +59,7 @@ Use useOfScan(QByteArrayView header, Components& components) {
   const int first = byteAt(header, header.size() - 3);
   if (first == 0) return Use::needed;
   if (byteAt(header, 0) != 1) return Use::doubtful;
-  Component& component = components[byteAt(header, 1)];
+  Component& component = components[static_cast<std::size_t>(byteAt(header, 1))];
   if (component.horizontal == 0) return Use::doubtful;
   if (isHalved(component, components)) return Use::needed;
   if (component.hasDetail) return Use::none;
@@ -92,49 +73,30 @@ QByteArray progressiveJpegForEighth(QByteArrayView file) {
   if (!file.startsWith("\xff\xd8")) return {};
   Components components;
   bool hasFrame = false;
-  bool hasEnd = false;
   int scans = 0;
   QByteArray result;
   qsizetype copied = 0;  // how much of the file is in the result or left out of it
-  const auto copyUpTo = [&](qsizetype end) {
-    result.append(file.sliced(copied, end - copied));
-    copied = end;
-  };
-  for (qsizetype at = kMarkerBytes; at + kMarkerBytes <= file.size();) {
-    const std::uint8_t marker = byteAt(file, at + 1);
-    if (byteAt(file, at) != 0xFF || marker <= 1 || (marker >= kFirstRestart && marker <= kStart) || marker == 0xFF) {
-      return {};
+  for (qsizetype at = 2;;) {
+    const auto segment = jpegSegment(file, at);
+    if (!segment) return {};
+    at = segment->end;
+    if (segment->marker == kEndOfImage) break;
+    if (isJpegFrame(segment->marker)) {
+      if (segment->marker != kStartOfFrameProgressive || std::exchange(hasFrame, true)) return {};
+      if (!readComponents(segment->content, components)) return {};
     }
-    if (marker == kEnd) {
-      hasEnd = true;
-      break;
-    }
-    if (at + 4 > file.size()) return {};
-    const qsizetype length = byteAt(file, at + 2) << 8 | byteAt(file, at + 3);
-    const qsizetype end = at + kMarkerBytes + length;
-    if (length < 2 || end > file.size()) return {};
-    const QByteArrayView content = file.sliced(at + 4, length - 2);
-    if (isFrame(marker)) {
-      if (marker != kProgressiveFrame || std::exchange(hasFrame, true)) return {};
-      if (!readComponents(content, components)) return {};
-    }
-    if (marker != kScan) {
-      at = end;
-      continue;
-    }
+    if (segment->marker != kStartOfScan) continue;
     if (!hasFrame || ++scans > kMostScans) return {};
-    const Use use = useOfScan(content, components);
+    const Use use = useOfScan(segment->content, components);
     if (use == Use::doubtful) return {};
-    const qsizetype next = endOfData(file, end);
+    at = endOfData(file, at);
     if (use == Use::none) {
-      copyUpTo(at);
-      copied = next;
+      result.append(file.sliced(copied, segment->begin - copied));
+      copied = at;
     }
-    at = next;
   }
-  if (!hasFrame || !hasEnd) return {};
-  copyUpTo(file.size());
-  return result;
+  if (!hasFrame) return {};
+  return result.append(file.sliced(copied));
 }
 
 }  // namespace lumagrid
