@@ -1,10 +1,10 @@
 #include "StartAhead.h"
 
 #include <algorithm>
-#include <atomic>
 
 #include "ContentView.h"
 #include "GridMetrics.h"
+#include "ParallelFor.h"
 #include "PhotoThumbnailTile.h"
 #include "PictureStore.h"
 #include "ThreadPriority.h"
@@ -31,15 +31,10 @@ std::vector<FileUrl> photosInView(const std::vector<PhotoItem>& photos, const st
 
 // On all cores but the one on which the toolkit starts.
 void makeThumbnails(const std::vector<FileUrl>& urls, double bound, const std::stop_token& stop) {
-  std::atomic<std::size_t> next = 0;
-  const auto work = [&] {
-    for (std::size_t i = next++; i < urls.size() && !stop.stop_requested(); i = next++) {
-      (void)ThumbnailStore::thumbnail(urls[i], bound);
-    }
+  const auto make = [&](int index) {
+    if (!stop.stop_requested()) (void)ThumbnailStore::thumbnail(urls[static_cast<std::size_t>(index)], bound);
   };
-  std::vector<std::jthread> others;
-  for (unsigned core = 2; core < std::thread::hardware_concurrency(); ++core) others.emplace_back(work);
-  work();
+  parallelFor(static_cast<int>(urls.size()), make, coreCount() - 1);
 }
 
 }  // namespace

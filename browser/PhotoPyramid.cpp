@@ -1,10 +1,10 @@
 #include "PhotoPyramid.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstdint>
-#include <thread>
+
+#include "ParallelFor.h"
 
 namespace lumagrid {
 
@@ -150,7 +150,7 @@ QImage PhotoPyramid::fitted(QSize pixels) const {
   if (source.size() == pixels) {
     return source;
   }
-  return areaScaled(source, pixels, static_cast<int>(std::max(1U, std::thread::hardware_concurrency())));
+  return areaScaled(source, pixels);
 }
 
 QImage halved(const QImage& image, const std::stop_token& stop) {
@@ -183,31 +183,22 @@ QImage halved(const QImage& image, const std::stop_token& stop) {
   return result;
 }
 
-QImage areaScaled(const QImage& image, QSize size, int threadCount) {
+QImage areaScaled(const QImage& image, QSize size) {
   constexpr int kRowsPerBand = 16;  // small enough that no thread waits long for another's last band
   QImage result(size, image.format());
   const Filter rows = areaFilter(image.height(), size.height());
   const Filter columns = areaFilter(image.width(), size.width());
   std::uint8_t* const bits = result.bits();
   const qsizetype bytesPerLine = result.bytesPerLine();
-  std::atomic<int> nextRow = 0;
-  const auto work = [&] {
+  parallelFor((size.height() + kRowsPerBand - 1) / kRowsPerBand, [&](int band) {
     std::vector<std::uint16_t> sums(4 * static_cast<std::size_t>(image.width()));
-    for (int row = nextRow.fetch_add(kRowsPerBand); row < size.height(); row = nextRow.fetch_add(kRowsPerBand)) {
-      for (int y = row; y < std::min(row + kRowsPerBand, size.height()); ++y) {
-        const Span& span = rows.spans[static_cast<std::size_t>(y)];
-        sumRows(image, span, rows.weights.data() + span.weights, sums);
-        sumColumns(sums, columns, bits + y * bytesPerLine);
-      }
+    const int end = std::min((band + 1) * kRowsPerBand, size.height());
+    for (int y = band * kRowsPerBand; y < end; ++y) {
+      const Span& span = rows.spans[static_cast<std::size_t>(y)];
+      sumRows(image, span, rows.weights.data() + span.weights, sums);
+      sumColumns(sums, columns, bits + y * bytesPerLine);
     }
-  };
-  {
-    std::vector<std::jthread> helpers;
-    for (int i = 1; i < threadCount; ++i) {
-      helpers.emplace_back(work);
-    }
-    work();
-  }
+  });
   return result;
 }
 

@@ -46,7 +46,7 @@ class PhotoPyramid {
 [[nodiscard]] QImage halved(const QImage& image, const std::stop_token& stop = {});
 
 // `image` (32 bits a pixel, opaque or premultiplied) in `size` pixels: each becomes the average of the area that it
-// covers, parts of pixels by their share, in steps of 1/256. Runs on `threadCount` threads, this one among them.
-[[nodiscard]] QImage areaScaled(const QImage& image, QSize size, int threadCount);
+// covers, parts of pixels by their share, in steps of 1/256. On all cores.
+[[nodiscard]] QImage areaScaled(const QImage& image, QSize size);
 
 }  // namespace lumagrid

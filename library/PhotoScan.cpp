@@ -6,9 +6,9 @@
 #include <functional>
 #include <memory>
 #include <numeric>
-#include <thread>
 
 #include "NameCollator.h"
+#include "ParallelFor.h"
 
 namespace lumagrid {
 
@@ -26,20 +26,15 @@ bool hasSupportedExtension(QByteArrayView name) {
   });
 }
 
-// Fills `values[i]` from `photos[i]`; `makeValue()` gives each thread its own function of a photo.
+// Fills `values[i]` from `photos[i]`; `makeValue()` gives each share of them its own function of a photo.
 template <typename Value, typename MakeValue>
 void fillInParallel(std::vector<Value>& values, const std::vector<PhotoItem>& photos, const MakeValue& makeValue) {
-  constexpr std::size_t kLeastPerThread = 4096;  // below, starting a thread costs more than it saves
-  const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
-  const std::size_t share = std::max(kLeastPerThread, (photos.size() + cores - 1) / cores);
-  const auto fill = [&](std::size_t begin) {
+  constexpr std::size_t kShare = 4096;  // less is not worth the start of a thread
+  parallelFor(static_cast<int>((photos.size() + kShare - 1) / kShare), [&](int index) {
+    const std::size_t begin = static_cast<std::size_t>(index) * kShare;
     auto value = makeValue();
-    for (std::size_t i = begin; i < std::min(begin + share, photos.size()); ++i) values[i] = value(photos[i]);
-  };
-  std::vector<std::thread> threads;
-  for (std::size_t begin = share; begin < photos.size(); begin += share) threads.emplace_back(fill, begin);
-  fill(0);
-  for (std::thread& thread : threads) thread.join();
+    for (std::size_t i = begin; i < std::min(begin + kShare, photos.size()); ++i) values[i] = value(photos[i]);
+  });
 }
 
 // The first eight bytes of `key` from `offset` on, as a number that orders as they do.

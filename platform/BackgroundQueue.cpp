@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "ParallelFor.h"
 #include "ThreadPriority.h"
 #include "moc_BackgroundQueue.cpp"
 
@@ -161,7 +162,7 @@ void BackgroundQueue::Ticket::drop() {
 }
 
 BackgroundQueue::BackgroundQueue(int threadCount, QObject* parent) : QObject(parent) {
-  if (threadCount <= 0) threadCount = std::max(1, int(std::thread::hardware_concurrency()));
+  if (threadCount <= 0) threadCount = coreCount();
   m_state = std::make_unique<State>(*this, threadCount);
   connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this,
           [this] { m_state->beginTurn(); });

@@ -3,7 +3,7 @@
 // time,
 //   reference_ms  what the library alone takes (processor time, median),
 //   ratio         ours divided by it,
-//   clock_ratio   the same by the clock on the wall: for a machine that does nothing else.
+//   clock_ratio   the same by the clock on the wall: what several cores gain, on a machine that does nothing else.
 // "wide gamut" is the same photo with a profile to convert.
 //
 // LUMAGRID_BENCH_PHOTOS names a folder of JPEG files to take instead of made ones.

@@ -7,12 +7,11 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 #include "MatrixConversion.h"
 #include "MemoryCache.h"
+#include "ParallelFor.h"
 #include "PixelBuffer.h"
 
 namespace lumagrid {
@@ -185,27 +184,17 @@ void convertRow(const Conversion& conversion, ColorModel model, uchar* row, int 
   }
 }
 
-// Rows on the processors of the machine, when there are enough of them to be worth it.
+// On several threads when there is enough to be worth it.
 void convertRows(const Conversion& conversion, ColorModel model, QImage& pixels) {
   constexpr qsizetype kPixelsWorthAThread = qsizetype{1} << 21;  // 4 ms; smaller pictures come many at once
-  const auto convertBand = [&conversion, model, first = pixels.bits(), stride = pixels.bytesPerLine(),
-                            width = pixels.width()](int from, int to) {
-    for (int y = from; y < to; ++y) convertRow(conversion, model, first + y * stride, width);
-  };
   const qsizetype area = qsizetype{pixels.width()} * pixels.height();
-  const auto wanted = std::min<qsizetype>(area / kPixelsWorthAThread, std::thread::hardware_concurrency());
-  const int bands = std::max(static_cast<int>(wanted), 1);
+  const int bands = std::max(static_cast<int>(area / kPixelsWorthAThread), 1);
   const int rowsOfBand = (pixels.height() + bands - 1) / bands;
-  std::vector<std::jthread> helpers;
-  int from = 0;
-  try {
-    for (; from + rowsOfBand < pixels.height(); from += rowsOfBand) {
-      helpers.emplace_back(convertBand, from, from + rowsOfBand);
-    }
-  } catch (const std::system_error&) {
-    // No more threads: the rest falls to this one.
-  }
-  convertBand(from, pixels.height());
+  uchar* const first = pixels.bits();
+  parallelFor(bands, [&, stride = pixels.bytesPerLine()](int band) {
+    const int end = std::min((band + 1) * rowsOfBand, pixels.height());
+    for (int y = band * rowsOfBand; y < end; ++y) convertRow(conversion, model, first + y * stride, pixels.width());
+  });
 }
 
 }  // namespace

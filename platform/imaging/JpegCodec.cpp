@@ -1,12 +1,15 @@
 #include <turbojpeg.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 
 #include "AreaScaling.h"
 #include "BaselineJpegEighth.h"
 #include "ImageCodec.h"
+#include "JpegStrips.h"
 #include "MemoryLimit.h"
+#include "ParallelFor.h"
 #include "PictureFinishing.h"
 #include "PixelBuffer.h"
 #include "ProgressiveJpegScans.h"
@@ -65,6 +68,11 @@ DecodedImage decodeJpeg(const CodecRequest& request) {
   if (scaled == scaledBy(kEighth, size)) {
     pixels = baselineJpegAtEighth(request.bytes);
     if (pixels.isNull()) needed = progressiveJpegForEighth(request.bytes);
+  } else if (scaled == size) {
+    constexpr qsizetype kPixelsWorthAStrip = qsizetype{1} << 21;  // 10 ms; smaller pictures come many at once
+    const auto strips = static_cast<int>(qsizetype{size.width()} * size.height() / kPixelsWorthAStrip);
+    // Two for each core: one that is busy with something else then keeps nobody waiting.
+    if (strips > 1) pixels = jpegInStrips(request.bytes, std::min(strips, 2 * coreCount()));
   }
   if (pixels.isNull()) {
     pixels = unsetPixels(scaled, QImage::Format_RGBX8888);

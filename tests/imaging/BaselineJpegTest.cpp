@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "BaselineJpegEighth.h"
+#include "JpegStrips.h"
 #include "ProgressiveJpegScans.h"
 #include "SamplePictures.h"
 
@@ -14,8 +15,9 @@ namespace {
 
 enum class Damage { refused, tolerated };
 
-// The picture of the general decoder; null where it has an error or, unless that is tolerated, a warning.
-QImage generalAtEighth(const QByteArray& file, const JpegSpec& spec, Damage damage = Damage::refused) {
+// The picture of the general decoder, of an eighth of the size or whole; null where it has an error or, unless that is
+// tolerated, a warning.
+QImage general(int scale, const QByteArray& file, const JpegSpec& spec, Damage damage = Damage::refused) {
   const bool isInks = spec.colors == JCS_CMYK || spec.colors == JCS_YCCK;
   const std::unique_ptr<void, decltype(&tjDestroy)> handle(tjInitDecompress(), &tjDestroy);
   const auto* bytes = reinterpret_cast<const unsigned char*>(file.constData());
@@ -25,7 +27,7 @@ QImage generalAtEighth(const QByteArray& file, const JpegSpec& spec, Damage dama
   int colors = 0;
   tjDecompressHeader3(handle.get(), bytes, byteCount, &size.rwidth(), &size.rheight(), &subsampling, &colors);
   if (size.isEmpty()) return {};
-  QImage pixels((size.width() + 7) / 8, (size.height() + 7) / 8, QImage::Format_RGBX8888);
+  QImage pixels((size.width() + scale - 1) / scale, (size.height() + scale - 1) / scale, QImage::Format_RGBX8888);
   const int status = tjDecompress2(handle.get(), bytes, byteCount, pixels.bits(), pixels.width(),
                                    static_cast<int>(pixels.bytesPerLine()), pixels.height(),
                                    isInks ? TJPF_CMYK : TJPF_RGBA, TJFLAG_LIMITSCANS);
@@ -33,9 +35,13 @@ QImage generalAtEighth(const QByteArray& file, const JpegSpec& spec, Damage dama
   return status == 0 || isTolerable ? pixels : QImage();
 }
 
+QImage generalAtEighth(const QByteArray& file, const JpegSpec& spec, Damage damage = Damage::refused) {
+  return general(8, file, spec, damage);
+}
+
 }  // namespace
 
-// The quick way to an eighth of a JPEG picture gives the pixels of the general decoder, or none.
+// The quick ways to a JPEG picture give the pixels of the general decoder, or none.
 class BaselineJpegTest : public QObject {
   Q_OBJECT
 
@@ -117,6 +123,39 @@ class BaselineJpegTest : public QObject {
     }
     QVERIFY2(damagedCount > 100, qPrintable(QString::number(damagedCount)));
     QVERIFY(progressiveJpegForEighth(samples::jpeg(image)).isNull());
+  }
+
+  // The colours of neighbouring rows are mixed where they are enlarged, across the cuts too.
+  void decodesStripsSideBySide_data() {
+    QTest::addColumn<JpegSpec>("spec");
+    const auto row = [](const char* name, const JpegSpec& spec) { QTest::newRow(name) << spec; };
+    row("colour halved both ways", {.restartInterval = 2});
+    row("colour halved down", {.sampling = {{1, 2}, {1, 1}, {1, 1}}, .restartInterval = 4});
+    row("colour halved across", {.sampling = {{2, 1}, {1, 1}, {1, 1}}, .restartInterval = 1});
+    row("full colour, restarts within rows", {.sampling = {{1, 1}, {1, 1}, {1, 1}}, .restartInterval = 12});
+    row("gray, as many units as a row has", {.colors = JCS_GRAYSCALE, .sampling = {{2, 2}}, .restartInterval = 32});
+    row("colour quartered across and halved down", {.sampling = {{4, 2}, {1, 1}, {1, 1}}, .restartInterval = 3});
+  }
+
+  void decodesStripsSideBySide() {
+    QFETCH(JpegSpec, spec);
+    const QImage image = samples::rough({250, 331}, 0.3);
+    const QByteArray file = samples::jpeg(image, spec);
+    const QImage whole = general(1, file, spec);
+    for (const int strips : {2, 3, 100}) QCOMPARE(jpegInStrips(file, strips), whole);
+    QVERIFY(jpegInStrips(file, 1).isNull());
+    std::minstd_rand random(5);
+    int acceptedCount = 0;
+    for (int round = 0; round < 300; ++round) {
+      const QByteArray broken = samples::broken(file, file.indexOf("\xff\xda"), random);
+      const QImage quick = jpegInStrips(broken, 3);
+      if (quick.isNull()) continue;
+      ++acceptedCount;
+      QCOMPARE(quick, general(1, broken, spec, Damage::tolerated));
+    }
+    QVERIFY2(acceptedCount > 10, qPrintable(QString::number(acceptedCount)));
+    spec.restartInterval = 0;
+    QVERIFY(jpegInStrips(samples::jpeg(image, spec), 3).isNull());
   }
 
   void leavesTheRestToTheGeneralDecoder_data() {
