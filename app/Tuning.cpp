@@ -2,15 +2,6 @@
 
 #include <cstdlib>
 
-// jemalloc reads this. Huge pages, since fresh memory is paid for by the page: a window's start touches thousands, at
-// some microseconds each, on a virtual machine ten. Two arenas that share the large pieces too, and so take again what
-// another thread gave back; what stays free goes back to the system within a minute.
-extern "C" {
-extern const char* malloc_conf;
-[[gnu::visibility("default")]] const char* malloc_conf =
-    "thp:always,metadata_thp:always,narenas:2,oversize_threshold:0,dirty_decay_ms:60000";
-}
-
 namespace lumagrid {
 
 void tuneToolkit() {

@@ -3,11 +3,13 @@
 #include <QtEndian>
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <numeric>
 
 #include "NameCollator.h"
+#include "NumberedNames.h"
 #include "ParallelFor.h"
 
 namespace lumagrid {
@@ -77,6 +79,26 @@ std::vector<std::uint32_t> sortedByBytes(const std::vector<QByteArray>& keys, co
   return positions;
 }
 
+std::vector<QByteArray> nameKeys(const std::vector<PhotoItem>& photos) {
+  std::vector<QByteArray> keys(photos.size());
+  const NumberedNames numbered(photos.empty() ? QByteArrayView() : photos.front().url.lastPathComponent());
+  std::atomic<bool> areNumbered = true;
+  fillInParallel(keys, photos, [&] {
+    return [&](const PhotoItem& photo) {
+      const auto key = areNumbered ? numbered.sortKey(photo.url.lastPathComponent()) : std::nullopt;
+      if (!key) areNumbered = false;
+      return key.value_or(QByteArray());
+    };
+  });
+  if (areNumbered) return keys;
+  fillInParallel(keys, photos, [] {
+    return [collator = std::make_unique<NameCollator>()](const PhotoItem& photo) {
+      return collator->sortKey(photo.url.lastPathComponent());
+    };
+  });
+  return keys;
+}
+
 template <typename Before>
 std::vector<std::uint32_t> sortedByDate(const std::vector<std::int64_t>& dates, const Before& before) {
   std::vector<std::uint32_t> positions(dates.size());
@@ -103,12 +125,7 @@ std::int64_t modDate(const FileUrl& url) {
 
 std::vector<std::uint32_t> sortedPositions(const std::vector<PhotoItem>& photos, SortOrder order) {
   if (order == SortOrder::nameAscending || order == SortOrder::nameDescending) {
-    std::vector<QByteArray> keys(photos.size());
-    fillInParallel(keys, photos, [] {
-      return [collator = std::make_unique<NameCollator>()](const PhotoItem& photo) {
-        return collator->sortKey(photo.url.lastPathComponent());
-      };
-    });
+    const std::vector<QByteArray> keys = nameKeys(photos);
     return order == SortOrder::nameAscending ? sortedByBytes(keys, std::less<>())
                                              : sortedByBytes(keys, std::greater<>());
   }

@@ -1,6 +1,5 @@
 // Whole JPEG photos through the codec, against the bare TurboJPEG library decoding the same bytes into memory of the
-// same kind (on huge pages where the system has them). Each benchmark does both in turns and reports, beside its own
-// time,
+// same kind. Each benchmark does both in turns and reports, beside its own time,
 //   reference_ms  what the library alone takes (processor time, median),
 //   ratio         ours divided by it,
 //   clock_ratio   the same by the clock on the wall: what several cores gain, on a machine that does nothing else.
@@ -13,7 +12,6 @@
 #include "BenchPhotos.h"
 #include "ImageCodec.h"
 #include "PixelBuffer.h"
-#include "Tuning.h"
 
 using namespace lumagrid;
 
@@ -63,7 +61,6 @@ void registerOne(const std::string& name, const QByteArray& bytes) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  tuneToolkit();
   benchmark::Initialize(&argc, argv);
   for (const BenchPhoto& photo : benchPhotos()) {
     registerOne("whole/" + photo.name, photo.bytes);

@@ -16,7 +16,6 @@
 #include "PictureMetadata.h"
 #include "PixelBuffer.h"
 #include "ProgressiveJpegScans.h"
-#include "Tuning.h"
 
 using namespace lumagrid;
 
@@ -53,7 +52,6 @@ void decodeEighth(benchmark::State& state, const QByteArray& bytes, QSize size) 
 }  // namespace
 
 int main(int argc, char** argv) {
-  tuneToolkit();
   benchmark::Initialize(&argc, argv);
   for (const BenchPhoto& photo : benchPhotos()) {
     const QSize whole = jpegMetadata(photo.bytes).size;

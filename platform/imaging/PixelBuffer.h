@@ -5,8 +5,8 @@
 
 namespace lumagrid {
 
-// A picture whose pixels are not set yet; null when memory is short. Large ones begin and end with a huge page, where
-// the allocator uses them: touching 96 MB for the first time took 9 ms instead of 335 on a virtual machine.
+// A picture whose pixels are not set yet; null when memory is short. Large ones begin and end with a huge page, for
+// systems that give these.
 [[nodiscard]] QImage unsetPixels(QSize size, QImage::Format format);
 
 // While one lives, the memory of the large picture that was freed last waits for the next of its size: memory that was
