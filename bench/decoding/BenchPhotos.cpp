@@ -7,25 +7,22 @@
 #include <QtEndian>
 #include <algorithm>
 #include <cmath>
-#include <cstdio>  // jpeglib.h needs it first
-#include <cstdlib>
 #include <ctime>
 #include <random>
 
-#include <jpeglib.h>
+#include "SamplePictures.h"
 
 namespace lumagrid {
 namespace {
 
-// Gradients, edges and fine texture, each stronger in some parts than in others, as in a landscape. `choose` changes
-// what the library offers: colour halved both ways, all in one scan, without restarts.
-QByteArray madePhoto(void (*choose)(j_compress_ptr)) {
+// Gradients, edges and fine texture, each stronger in some parts than in others, as in a landscape.
+QImage madePicture() {
   constexpr int kWidth = 6000;
   constexpr int kHeight = 4000;
-  constexpr int kQuality = 85;
-  std::vector<unsigned char> pixels(size_t{kWidth} * kHeight * 3);
+  QImage picture(kWidth, kHeight, QImage::Format_RGBX8888);
   std::minstd_rand random(5);
   for (int y = 0; y < kHeight; ++y) {
+    uchar* pixel = picture.scanLine(y);
     const float sky = 200.0F - 120.0F * static_cast<float>(y) / kHeight;
     for (int x = 0; x < kWidth; ++x) {
       const float region = 0.5F + 0.5F * std::sin(static_cast<float>(x) * 0.0013F + static_cast<float>(y) * 0.0021F);
@@ -33,37 +30,14 @@ QByteArray madePhoto(void (*choose)(j_compress_ptr)) {
       const float wave = 18.0F * std::sin(static_cast<float>(x * 3 + y * 5) * 0.11F) * region;
       const float noise = (static_cast<float>(random() % 256) - 128.0F) * 0.22F * region * region;
       const float light = sky - edge + wave + noise;
-      unsigned char* pixel = pixels.data() + (size_t{kWidth} * static_cast<size_t>(y) + static_cast<size_t>(x)) * 3;
       const float tints[3] = {region * 40.0F - 20.0F, 0.0F, 25.0F - region * 50.0F};
       for (int channel = 0; channel < 3; ++channel) {
-        pixel[channel] = static_cast<unsigned char>(std::clamp(light + tints[channel], 0.0F, 255.0F));
+        *pixel++ = static_cast<uchar>(std::clamp(light + tints[channel], 0.0F, 255.0F));
       }
+      *pixel++ = 255;
     }
   }
-  jpeg_compress_struct jpeg{};
-  jpeg_error_mgr errors{};
-  jpeg.err = jpeg_std_error(&errors);  // ends the program: this can be written
-  jpeg_create_compress(&jpeg);
-  unsigned char* written = nullptr;
-  unsigned long size = 0;
-  jpeg_mem_dest(&jpeg, &written, &size);
-  jpeg.image_width = kWidth;
-  jpeg.image_height = kHeight;
-  jpeg.input_components = 3;
-  jpeg.in_color_space = JCS_RGB;
-  jpeg_set_defaults(&jpeg);
-  jpeg_set_quality(&jpeg, kQuality, TRUE);
-  choose(&jpeg);
-  jpeg_start_compress(&jpeg, TRUE);
-  for (size_t y = 0; y < kHeight; ++y) {
-    JSAMPROW row = pixels.data() + y * kWidth * 3;
-    jpeg_write_scanlines(&jpeg, &row, 1);
-  }
-  jpeg_finish_compress(&jpeg);
-  jpeg_destroy_compress(&jpeg);
-  QByteArray bytes(reinterpret_cast<const char*>(written), static_cast<qsizetype>(size));
-  std::free(written);
-  return bytes;
+  return picture;
 }
 
 }  // namespace
@@ -79,14 +53,15 @@ std::vector<BenchPhoto> benchPhotos() {
     }
   }
   if (photos.empty()) {
-    const auto add = [&](const char* name, void (*choose)(j_compress_ptr)) {
-      photos.push_back({name, madePhoto(choose)});
+    const QImage picture = madePicture();
+    const auto add = [&](const char* name, samples::JpegSpec spec) {
+      spec.quality = 85;
+      photos.push_back({name, samples::jpeg(picture, spec)});
     };
-    add("made, colour halved", [](j_compress_ptr) {});
-    add("made, full colour",
-        [](j_compress_ptr jpeg) { jpeg->comp_info[0].h_samp_factor = jpeg->comp_info[0].v_samp_factor = 1; });
-    add("made, progressive", &jpeg_simple_progression);
-    add("made, with restarts", [](j_compress_ptr jpeg) { jpeg->restart_in_rows = 1; });
+    add("made, colour halved", {});
+    add("made, full colour", {.sampling = {{1, 1}, {1, 1}, {1, 1}}});
+    add("made, progressive", {.coding = &jpeg_simple_progression});
+    add("made, with restarts", {.restartInterval = 375});  // after each row of MCUs
   }
   return photos;
 }

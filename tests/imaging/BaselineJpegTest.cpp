@@ -17,7 +17,7 @@ enum class Damage { refused, tolerated };
 
 // The picture of the general decoder, of an eighth of the size or whole; null where it has an error or, unless that is
 // tolerated, a warning.
-QImage general(int scale, const QByteArray& file, const JpegSpec& spec, Damage damage = Damage::refused) {
+QImage generalPicture(int scale, const QByteArray& file, const JpegSpec& spec, Damage damage = Damage::refused) {
   const bool isInks = spec.colors == JCS_CMYK || spec.colors == JCS_YCCK;
   const std::unique_ptr<void, decltype(&tjDestroy)> handle(tjInitDecompress(), &tjDestroy);
   const auto* bytes = reinterpret_cast<const unsigned char*>(file.constData());
@@ -33,10 +33,6 @@ QImage general(int scale, const QByteArray& file, const JpegSpec& spec, Damage d
                                    isInks ? TJPF_CMYK : TJPF_RGBA, TJFLAG_LIMITSCANS);
   const bool isTolerable = damage == Damage::tolerated && tjGetErrorCode(handle.get()) == TJERR_WARNING;
   return status == 0 || isTolerable ? pixels : QImage();
-}
-
-QImage generalAtEighth(const QByteArray& file, const JpegSpec& spec, Damage damage = Damage::refused) {
-  return general(8, file, spec, damage);
 }
 
 }  // namespace
@@ -75,7 +71,7 @@ class BaselineJpegTest : public QObject {
         for (const int quality : {1, 20, 60, 85, 95, 100}) {
           spec.quality = quality;
           const QByteArray file = samples::jpeg(image, spec);
-          const QImage general = generalAtEighth(file, spec);
+          const QImage general = generalPicture(8, file, spec);
           QVERIFY(!general.isNull());
           QCOMPARE(baselineJpegAtEighth(file), general);
           for (int round = 0; round < 40; ++round) {
@@ -83,7 +79,7 @@ class BaselineJpegTest : public QObject {
             const QImage quick = baselineJpegAtEighth(broken);
             if (quick.isNull()) continue;
             ++acceptedCount;
-            const QImage wanted = generalAtEighth(broken, spec);
+            const QImage wanted = generalPicture(8, broken, spec);
             QVERIFY2(wanted.isNull() || quick == wanted, qPrintable(QString::number(round)));
           }
         }
@@ -109,15 +105,15 @@ class BaselineJpegTest : public QObject {
       const QByteArray reduced = progressiveJpegForEighth(file);
       QVERIFY(!reduced.isEmpty());
       QVERIFY2(reduced.size() < 0.8 * static_cast<double>(file.size()), qPrintable(QString::number(reduced.size())));
-      QCOMPARE(generalAtEighth(reduced, spec), generalAtEighth(file, spec));
+      QCOMPARE(generalPicture(8, reduced, spec), generalPicture(8, file, spec));
       for (int round = 0; round < 200; ++round) {
         const QByteArray damaged = round % 2 ? samples::broken(file, file.indexOf("\xff\xda"), random)
                                              : file.first(file.size() * (round + 1) / 202);
         const QByteArray rest = progressiveJpegForEighth(damaged);
-        const QImage quick = rest.isEmpty() ? QImage() : generalAtEighth(rest, spec);
+        const QImage quick = rest.isEmpty() ? QImage() : generalPicture(8, rest, spec);
         if (quick.isNull()) continue;
         ++damagedCount;
-        const QImage wanted = generalAtEighth(damaged, spec, Damage::tolerated);
+        const QImage wanted = generalPicture(8, damaged, spec, Damage::tolerated);
         QVERIFY2(wanted.isNull() || quick == wanted, qPrintable(QString::number(round)));
       }
     }
@@ -141,7 +137,7 @@ class BaselineJpegTest : public QObject {
     QFETCH(JpegSpec, spec);
     const QImage image = samples::rough({250, 331}, 0.3);
     const QByteArray file = samples::jpeg(image, spec);
-    const QImage whole = general(1, file, spec);
+    const QImage whole = generalPicture(1, file, spec);
     for (const int strips : {2, 3, 100}) QCOMPARE(jpegInStrips(file, strips), whole);
     QVERIFY(jpegInStrips(file, 1).isNull());
     std::minstd_rand random(5);
@@ -151,7 +147,7 @@ class BaselineJpegTest : public QObject {
       const QImage quick = jpegInStrips(broken, 3);
       if (quick.isNull()) continue;
       ++acceptedCount;
-      QCOMPARE(quick, general(1, broken, spec, Damage::tolerated));
+      QCOMPARE(quick, generalPicture(1, broken, spec, Damage::tolerated));
     }
     QVERIFY2(acceptedCount > 10, qPrintable(QString::number(acceptedCount)));
     spec.restartInterval = 0;
