@@ -3,6 +3,7 @@
 #include <QQmlComponent>
 
 #include "Palette.h"
+#include "WorkerPool.h"
 
 namespace lumagrid {
 
@@ -16,7 +17,11 @@ LumagridApp::LumagridApp(const Platform& platform, QObject* parent)
   QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);
 }
 
-LumagridApp::~LumagridApp() = default;
+LumagridApp::~LumagridApp() {
+  m_windows.clear();  // drops what nobody has begun for them
+  workerPool().clear();
+  workerPool().waitForDone();
+}
 
 QQuickWindow* LumagridApp::makeWindow() {
   auto view = std::make_unique<ContentView>(m_platform.services,

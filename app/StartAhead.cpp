@@ -1,14 +1,15 @@
 #include "StartAhead.h"
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 #include "ContentView.h"
 #include "GridMetrics.h"
-#include "ParallelFor.h"
 #include "PhotoThumbnailTile.h"
 #include "PictureStore.h"
-#include "ThreadPriority.h"
 #include "ThumbnailStore.h"
+#include "WorkerPool.h"
 
 namespace lumagrid {
 
@@ -29,19 +30,12 @@ std::vector<FileUrl> photosInView(const std::vector<PhotoItem>& photos, const st
   return urls;
 }
 
-// On all cores but the one on which the toolkit starts.
-void makeThumbnails(const std::vector<FileUrl>& urls, double bound, const std::stop_token& stop) {
-  const auto make = [&](int index) {
-    if (!stop.stop_requested()) (void)ThumbnailStore::thumbnail(urls[static_cast<std::size_t>(index)], bound);
-  };
-  parallelFor(static_cast<int>(urls.size()), make, coreCount() - 1);
-}
-
 }  // namespace
 
 StartAhead::StartAhead(const FileUrl& url, PictureStore& pictures) {
-  m_thread = std::jthread([this, url, &pictures](const std::stop_token& stop) {
-    lowerPriorityOfThisThread();  // the toolkit's start comes first
+  const auto scanned = std::make_shared<std::promise<FolderScan>>();
+  m_scan = scanned->get_future();
+  const auto work = [url, &pictures, scanned] {
     const FileUrl folder = ContentView::scannedFolder(url);
     if (folder != url) pictures.decodeAhead(url);
     FolderScan scan{photoItems(folder), {}};
@@ -55,9 +49,13 @@ StartAhead::StartAhead(const FileUrl& url, PictureStore& pictures) {
         inView = photosInView(*photos, scan.byName, {metrics, kInitialGridDimension, count, kStage}, 0);
       }
     }
-    m_scan.set_value(std::move(scan));
-    makeThumbnails(inView, PhotoThumbnailTile::maxPixelSize(metrics.cellSide), stop);
-  });
+    scanned->set_value(std::move(scan));
+    for (const FileUrl& photo : inView) {
+      const auto bound = PhotoThumbnailTile::maxPixelSize(metrics.cellSide);
+      startWork([photo, bound] { (void)ThumbnailStore::thumbnail(photo, bound); }, kUrgentWork);
+    }
+  };
+  startWork(work, kUrgentWork);
 }
 
 }  // namespace lumagrid

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <future>
-#include <thread>
 
 #include "FileUrl.h"
 #include "PhotoScan.h"
@@ -15,15 +14,19 @@ class PictureStore;
 // application object.
 class StartAhead {
  public:
-  // `pictures` outlives this.
+  // `pictures` outlives this; the thumbnails may still be under way when this is gone.
   StartAhead(const FileUrl& url, PictureStore& pictures);
+  StartAhead(const StartAhead&) = delete;
+  StartAhead& operator=(const StartAhead&) = delete;
+  ~StartAhead() {
+    if (m_scan.valid()) m_scan.wait();
+  }
 
   // Of the folder that a window opens for the path. Waits for it; once.
-  [[nodiscard]] FolderScan takeScan() { return m_scan.get_future().get(); }
+  [[nodiscard]] FolderScan takeScan() { return m_scan.get(); }
 
  private:
-  std::promise<FolderScan> m_scan;
-  std::jthread m_thread;  // last: it ends, after the thumbnails under way, before the promise goes
+  std::future<FolderScan> m_scan;
 };
 
 }  // namespace lumagrid

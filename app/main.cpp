@@ -61,8 +61,8 @@ int main(int argc, char* argv[]) {
   FileImageDecoder decoder;
   PictureStore pictures(decoder);
   std::unique_ptr<StartAhead> ahead;
-  if (const QByteArray path = parse().path; !path.isEmpty()) {
-    ahead = std::make_unique<StartAhead>(FileUrl::fromPath(path), pictures);
+  if (const CommandLine early = parse(); early.action == CommandLine::Action::open && !early.path.isEmpty()) {
+    ahead = std::make_unique<StartAhead>(FileUrl::fromPath(early.path), pictures);
   }
   QApplication application(argc, argv);  // takes the toolkit's own options out of argv
   const CommandLine line = parse();

@@ -1,12 +1,11 @@
 #include "Backdrop.h"
+#include "WorkerPool.h"
 
 #include <QtEndian>
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <vector>
-
-#include "ParallelFor.h"
 
 namespace lumagrid {
 

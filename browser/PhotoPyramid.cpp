@@ -1,10 +1,9 @@
 #include "PhotoPyramid.h"
+#include "WorkerPool.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-
-#include "ParallelFor.h"
 
 namespace lumagrid {
 

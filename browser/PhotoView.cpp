@@ -11,7 +11,6 @@ namespace lumagrid {
 PhotoView::PhotoView(QQuickItem* parent) : QQuickItem(parent) {
   setFlag(ItemHasContents);
   setClip(true);
-  m_worker.setMaxThreadCount(1);
   connect(&m_clock, &QVariantAnimation::valueChanged, this, [this](const QVariant& seconds) {
     // Setting the clock up sends values too.
     if (m_clock.state() == QAbstractAnimation::Running) {
@@ -22,8 +21,6 @@ PhotoView::PhotoView(QQuickItem* parent) : QQuickItem(parent) {
 
 PhotoView::~PhotoView() {
   m_levelsStop.request_stop();
-  m_worker.clear();
-  m_worker.waitForDone();
 }
 
 void PhotoView::setImage(const QImage& image) {
@@ -33,6 +30,7 @@ void PhotoView::setImage(const QImage& image) {
   m_image = image;
   m_pyramid = image.isNull() ? nullptr : std::make_shared<PhotoPyramid>(image);
   m_base = {};
+  m_levelsWork = {};
   m_levelsStop.request_stop();
   m_levelsStop = {};
   m_madeLevels = false;
@@ -129,25 +127,22 @@ void PhotoView::makeBase() {
     return;  // asks again when it is done
   }
   m_makingBase = true;
-  m_worker.start([this, wanted, pyramid = std::weak_ptr(m_pyramid)] {
-    QImage base;
-    const auto shared = pyramid.lock();
-    if (shared) {
-      base = shared->fitted(wanted);
-    }
-    QMetaObject::invokeMethod(
-        this,
-        [this, base, shared] {
-          m_makingBase = false;
-          if (!shared || shared != m_pyramid) {
-            return;
-          }
-          m_base = base;
-          polish();
-          update();
-        },
-        Qt::QueuedConnection);
-  });
+  const auto base = std::make_shared<QImage>();
+  m_baseWork = m_queue.enqueue(
+      [base, wanted, pyramid = std::weak_ptr(m_pyramid)] {
+        if (const auto shared = pyramid.lock()) {
+          *base = shared->fitted(wanted);
+        }
+      },
+      [this, base, pyramid = std::weak_ptr(m_pyramid)] {
+        m_makingBase = false;
+        if (!m_pyramid || pyramid.lock() != m_pyramid) {
+          return;
+        }
+        m_base = *base;
+        polish();
+        update();
+      });
 }
 
 // The coarser levels are only needed for a photo that has more pixels than its fitted view, once it is to stay zoomed.
@@ -156,14 +151,23 @@ void PhotoView::makeLevels() {
     return;
   }
   m_madeLevels = true;
-  m_worker.start([this, pyramid = std::weak_ptr(m_pyramid), stop = m_levelsStop.get_token()] {
-    while (const auto shared = pyramid.lock()) {
-      if (!shared->buildNextLevel(stop)) {
-        return;
-      }
-      QMetaObject::invokeMethod(this, &QQuickItem::update, Qt::QueuedConnection);
-    }
-  });
+  makeNextLevel();
+}
+
+void PhotoView::makeNextLevel() {
+  const auto isMade = std::make_shared<bool>(false);
+  m_levelsWork = m_queue.enqueue(
+      [isMade, pyramid = std::weak_ptr(m_pyramid), stop = m_levelsStop.get_token()] {
+        const auto shared = pyramid.lock();
+        *isMade = shared && shared->buildNextLevel(stop);
+      },
+      [this, isMade] {
+        if (!*isMade) {
+          return;
+        }
+        update();
+        makeNextLevel();
+      });
 }
 
 QSGNode* PhotoView::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {

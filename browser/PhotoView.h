@@ -4,12 +4,12 @@
 #include <QImage>
 #include <QPointF>
 #include <QQuickItem>
-#include <QThreadPool>
 #include <QVariantAnimation>
 #include <memory>
 #include <optional>
 #include <stop_token>
 
+#include "BackgroundQueue.h"
 #include "PhotoPyramid.h"
 #include "PhotoViewGeometry.h"
 #include "PhotoViewMotion.h"
@@ -76,6 +76,7 @@ class PhotoView : public QQuickItem {
   void display(const PhotoPlacement& placement);
   void makeBase();
   void makeLevels();
+  void makeNextLevel();
   [[nodiscard]] double devicePixelRatio() const;
   [[nodiscard]] QRectF alignedBox() const;
   [[nodiscard]] QSize wantedBaseSize() const;
@@ -93,7 +94,9 @@ class PhotoView : public QQuickItem {
   PhotoViewMotion m_motion;
   QVariantAnimation m_clock;  // seconds since the motion's start, in step with the frames
 
-  QThreadPool m_worker;  // one thread; its destructor waits, so work may refer to this item
+  BackgroundQueue m_queue{BackgroundQueue::Urgency::urgent};
+  BackgroundQueue::Ticket m_baseWork;    // one at a time
+  BackgroundQueue::Ticket m_levelsWork;  // of the photo in hand
 };
 
 }  // namespace lumagrid

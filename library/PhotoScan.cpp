@@ -10,7 +10,7 @@
 
 #include "NameCollator.h"
 #include "NumberedNames.h"
-#include "ParallelFor.h"
+#include "WorkerPool.h"
 
 namespace lumagrid {
 

@@ -4,11 +4,13 @@
 #include <functional>
 #include <memory>
 
+#include "WorkerPool.h"
+
 namespace lumagrid {
 
-// Runs work on a few threads below the priority of the main thread, and brings its end back to the main thread.
-// Work that was asked for in the newest turn of the main event loop goes first; within one turn, in the order of
-// asking. Main thread for every call.
+// Work in the background, whose end comes back to the main thread. What was asked for in the newest turn of the main
+// event loop goes first; within one turn, in the order of asking. All queues share the pool of the process, which has
+// to be done before the application object goes. Main thread for every call.
 class BackgroundQueue : public QObject {
   Q_OBJECT
 
@@ -33,21 +35,24 @@ class BackgroundQueue : public QObject {
     std::shared_ptr<Job> m_job;
   };
 
-  // One thread per core unless told otherwise.
-  explicit BackgroundQueue(int threadCount = 0, QObject* parent = nullptr);
-  // Waits for the work that threads have taken; drops the rest.
-  ~BackgroundQueue() override;
+  enum class Urgency { ordinary, urgent };
 
-  // Runs `work` on one of the threads, then `finished` on the main thread.
+  // Urgent work goes before that of every ordinary queue. `pool` outlives the work.
+  explicit BackgroundQueue(Urgency urgency = Urgency::ordinary, QThreadPool& pool = workerPool());
+
+  // Runs `work` on a thread of the pool, then `finished` on the main thread, where both are destroyed too. The ticket
+  // may outlive the queue.
   [[nodiscard]] Ticket enqueue(std::function<void()> work, std::function<void()> finished);
 
   // How many pieces wait, run or have yet to report their end, for those who wait until all is quiet.
-  [[nodiscard]] int pendingCount() const;
+  [[nodiscard]] int pendingCount() const { return *m_pendingCount; }
 
  private:
-  class State;
-  void deliver();
-  std::unique_ptr<State> m_state;
+  const Urgency m_urgency;
+  QThreadPool& m_pool;
+  int m_turn = 0;
+  bool m_isNewTurn = false;
+  std::shared_ptr<int> m_pendingCount = std::make_shared<int>(0);
 };
 
 }  // namespace lumagrid

@@ -6,12 +6,12 @@
 #include <QGuiApplication>
 #include <QPalette>
 #include <QPointer>
-#include <QThreadPool>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusPendingCallWatcher>
 
 #include "WidgetPalette.h"
+#include "WorkerPool.h"
 #include "moc_PortalAppearance.cpp"
 
 namespace lumagrid {
@@ -43,7 +43,7 @@ PortalAppearance::PortalAppearance(std::optional<ColorScheme> override, QObject*
   QCoreApplication::instance()->installEventFilter(this);
   if (!hasSessionBus()) return;
   // Connecting waits for the bus to answer: elsewhere.
-  QThreadPool::globalInstance()->start([self = QPointer<PortalAppearance>(this)] {
+  const auto connectToBus = [self = QPointer<PortalAppearance>(this)] {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     QMetaObject::invokeMethod(
         QCoreApplication::instance(),
@@ -51,7 +51,8 @@ PortalAppearance::PortalAppearance(std::optional<ColorScheme> override, QObject*
           if (self && bus.isConnected()) self->follow(bus);
         },
         Qt::QueuedConnection);
-  });
+  };
+  startWork(connectToBus, 0);
 }
 
 bool PortalAppearance::eventFilter(QObject* object, QEvent* event) {

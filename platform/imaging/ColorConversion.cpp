@@ -11,8 +11,8 @@
 
 #include "MatrixConversion.h"
 #include "MemoryCache.h"
-#include "ParallelFor.h"
 #include "PixelBuffer.h"
+#include "WorkerPool.h"
 
 namespace lumagrid {
 namespace {

@@ -9,10 +9,10 @@
 #include "ImageCodec.h"
 #include "JpegStrips.h"
 #include "MemoryLimit.h"
-#include "ParallelFor.h"
 #include "PictureFinishing.h"
 #include "PixelBuffer.h"
 #include "ProgressiveJpegScans.h"
+#include "WorkerPool.h"
 
 namespace lumagrid {
 namespace {

@@ -15,8 +15,8 @@
 
 #include "BaselineJpegHeader.h"
 #include "JpegSegments.h"
-#include "ParallelFor.h"
 #include "PixelBuffer.h"
+#include "WorkerPool.h"
 
 namespace lumagrid {
 namespace {

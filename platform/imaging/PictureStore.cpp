@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "PixelBuffer.h"
+#include "WorkerPool.h"
 
 namespace lumagrid {
 namespace {
@@ -26,28 +27,43 @@ std::optional<QByteArray> identity(const FileUrl& file) {
 
 }  // namespace
 
-PictureStore::PictureStore(ImageDecoder& decoder) : m_decoder(decoder), m_pictures(kBudgetBytes) {
-  m_thread.setMaxThreadCount(1);
+struct PictureStore::Ahead {
+  QByteArray identity;
+  std::atomic_flag isTaken;  // by a thread of the pool, or by whoever did not wait for one
+  std::atomic_flag isOver;
+};
+
+PictureStore::PictureStore(ImageDecoder& decoder) : m_decoder(decoder), m_pictures(kBudgetBytes) {}
+
+PictureStore::~PictureStore() {
+  if (const auto ahead = takeAhead()) ahead->isOver.wait(false);
 }
 
-PictureStore::~PictureStore() = default;
+// What is decoded ahead, if a thread is at it; otherwise nobody will be.
+std::shared_ptr<PictureStore::Ahead> PictureStore::takeAhead() {
+  const std::scoped_lock lock(m_mutex);
+  if (m_ahead && !m_ahead->isTaken.test_and_set()) m_ahead.reset();
+  return m_ahead;
+}
 
 DecodedImage PictureStore::decode(const FileUrl& file) {
-  const auto before = identity(file);
-  if (before) {
-    std::unique_lock lock(m_mutex);
-    m_aheadEnded.wait(lock, [&] { return m_ahead != before; });
-    lock.unlock();
-    if (auto picture = m_pictures.object(*before)) return {*std::move(picture), ImageError::none};
-  }
+  const auto wanted = identity(file);
+  if (!wanted) return m_decoder.decode(file);
+  if (const auto ahead = takeAhead(); ahead && ahead->identity == wanted) ahead->isOver.wait(false);
+  if (auto picture = m_pictures.object(*wanted)) return {*std::move(picture), ImageError::none};
   // The next picture is most often as large as the one before: it takes the memory of one that has to go anyway.
   const PixelReuse reuse;
   m_pictures.makeRoom(m_lastBytes);
-  DecodedImage decoded = m_decoder.decode(file);
+  DecodedImage decoded = decodeAndKeep(file, *wanted);
   m_lastBytes = static_cast<std::size_t>(decoded.pixels.sizeInBytes());
+  return decoded;
+}
+
+DecodedImage PictureStore::decodeAndKeep(const FileUrl& file, const QByteArray& wanted) {
+  DecodedImage decoded = m_decoder.decode(file);
   // A file that changed meanwhile may have been read half old, half new.
-  if (before && !decoded.pixels.isNull() && identity(file) == before) {
-    m_pictures.setObject(*before, decoded.pixels, m_lastBytes);
+  if (!decoded.pixels.isNull() && identity(file) == wanted) {
+    m_pictures.setObject(wanted, decoded.pixels, static_cast<std::size_t>(decoded.pixels.sizeInBytes()));
   }
   return decoded;
 }
@@ -57,33 +73,36 @@ DecodedImage PictureStore::decodeBounded(const FileUrl& file, std::int64_t maxPi
 }
 
 void PictureStore::decodeAhead(const FileUrl& file) {
-  const auto wanted = identity(file);
+  auto wanted = identity(file);
   if (!wanted) return;
+  const auto ahead = std::make_shared<Ahead>();
+  ahead->identity = *std::move(wanted);
   {
     const std::scoped_lock lock(m_mutex);
     if (m_ahead) return;
-    m_ahead = wanted;
+    m_ahead = ahead;
   }
-  m_thread.start([this, file, wanted] {
-    const DecodedImage decoded = m_decoder.decode(file);
-    if (!decoded.pixels.isNull() && identity(file) == wanted) {
-      m_pictures.setObject(*wanted, decoded.pixels, static_cast<std::size_t>(decoded.pixels.sizeInBytes()));
-    }
+  const auto work = [this, file, ahead] {
+    if (ahead->isTaken.test_and_set()) return;  // the store may be gone
+    (void)decodeAndKeep(file, ahead->identity);
     {
       const std::scoped_lock lock(m_mutex);
       m_ahead.reset();
     }
-    m_aheadEnded.notify_all();
-  });
+    ahead->isOver.test_and_set();
+    ahead->isOver.notify_all();
+  };
+  startWork(work, kUrgentWork);
 }
 
 void PictureStore::willNeed(const FileUrl& file) {
-  m_thread.start([file] {
+  const auto work = [file] {
     const int descriptor = ::open(file.path().constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) return;
     ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_WILLNEED);
     ::close(descriptor);
-  });
+  };
+  startWork(work, kUrgentWork);
 }
 
 }  // namespace lumagrid

@@ -1,11 +1,9 @@
 #pragma once
 
 #include <QByteArray>
-#include <QThreadPool>
 #include <atomic>
-#include <condition_variable>
+#include <memory>
 #include <mutex>
-#include <optional>
 
 #include "ImageDecoder.h"
 #include "MemoryCache.h"
@@ -19,26 +17,29 @@ class PictureStore : public ImageDecoder {
  public:
   // `decoder` outlives the store.
   explicit PictureStore(ImageDecoder& decoder);
-  // Waits for what was started ahead.
+  // What was started ahead has ended by then.
   ~PictureStore() override;
 
   [[nodiscard]] DecodedImage decode(const FileUrl& file) override;
   [[nodiscard]] DecodedImage decodeBounded(const FileUrl& file, std::int64_t maxPixelSize) override;
   void willNeed(const FileUrl& file) override;
 
-  // Decodes the file on a thread of its own; decode() of the same file waits for it instead of doing it again.
+  // Begins to decode the file on a thread of the pool; decode() of the same file then waits for it, or does it itself
+  // when none was free. One file at a time: further ones are not begun.
   void decodeAhead(const FileUrl& file);
 
  private:
+  struct Ahead;
+
+  [[nodiscard]] std::shared_ptr<Ahead> takeAhead();
+  [[nodiscard]] DecodedImage decodeAndKeep(const FileUrl& file, const QByteArray& wanted);
+
   ImageDecoder& m_decoder;
   MemoryCache<QByteArray, QImage> m_pictures;  // by path and what the system says of the file
   std::atomic<std::size_t> m_lastBytes = 0;
 
   std::mutex m_mutex;  // guards m_ahead
-  std::condition_variable m_aheadEnded;
-  std::optional<QByteArray> m_ahead;  // what is being decoded ahead
-
-  QThreadPool m_thread;  // one thread; last, so that its work ends before the rest is gone
+  std::shared_ptr<Ahead> m_ahead;
 };
 
 }  // namespace lumagrid

@@ -19,6 +19,7 @@ class ThumbnailsTest : public QObject {
   void init() {
     const QString name = QLatin1String(QTest::currentTestFunction()) + QStringLiteral(".png");
     m_photo = {m_folder.add(name, samplePhoto({900, 900}))};
+    m_pool.setMaxThreadCount(1);
     m_tile = std::make_unique<PhotoThumbnailTile>();
     m_tile->setQueue(&m_queue);
     m_tile->setPhoto(m_photo);
@@ -122,7 +123,8 @@ class ThumbnailsTest : public QObject {
   }
 
   PhotoFolder m_folder;
-  BackgroundQueue m_queue{1};
+  QThreadPool m_pool;
+  BackgroundQueue m_queue{BackgroundQueue::Urgency::ordinary, m_pool};
   std::unique_ptr<PhotoThumbnailTile> m_tile;
   PhotoItem m_photo;
 };
