@@ -29,7 +29,7 @@ struct BackgroundQueue::Ticket::Job : QRunnable {
 
   void run() override {
     isTaken = true;
-    lowerPriorityOfWorker();
+    enterWorker();
     work();
     // The last reference is dropped on the main thread.
     QMetaObject::invokeMethod(

@@ -1,5 +1,6 @@
 #include "WorkerPool.h"
 
+#include <malloc.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -31,6 +32,20 @@ struct Loop {
   }
 };
 
+// What a thread of the pool does when it begins and when it ends.
+struct Worker {
+  Worker() {
+    constexpr int kNiceness = 10;
+    // It begins with the niceness of the thread that started it, which may be another worker.
+    ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()),
+                  ::getpriority(PRIO_PROCESS, static_cast<id_t>(::getpid())) + kNiceness);
+  }
+  Worker(const Worker&) = delete;
+  Worker& operator=(const Worker&) = delete;
+  // The C library keeps what was freed in between: tens of megabytes that decoders took.
+  ~Worker() { ::malloc_trim(0); }
+};
+
 }  // namespace
 
 int coreCount() {
@@ -39,7 +54,11 @@ int coreCount() {
 
 QThreadPool& workerPool() {
   struct Pool : QThreadPool {
-    Pool() { setMaxThreadCount(std::max(2, coreCount())); }
+    Pool() {
+      constexpr int kIdleMs = 3000;
+      setMaxThreadCount(std::max(2, coreCount()));
+      setExpiryTimeout(kIdleMs);
+    }
   };
   static Pool pool;
   return pool;
@@ -48,19 +67,15 @@ QThreadPool& workerPool() {
 void startWork(std::function<void()> work, int priority) {
   workerPool().start(
       [work = std::move(work)] {
-        lowerPriorityOfWorker();
+        enterWorker();
         work();
       },
       priority);
 }
 
-void lowerPriorityOfWorker() {
-  constexpr int kNiceness = 10;
-  thread_local bool isLowered = false;
-  if (std::exchange(isLowered, true)) return;
-  // A thread begins with the niceness of the one that started it, which may be another worker.
-  ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()),
-                ::getpriority(PRIO_PROCESS, static_cast<id_t>(::getpid())) + kNiceness);
+void enterWorker() {
+  thread_local const Worker worker;
+  (void)worker;
 }
 
 void parallelFor(int count, const std::function<void(int)>& work) {

@@ -6,17 +6,15 @@
 #include <set>
 
 #include "FileImageDecoder.h"
+#include "MemoryBudget.h"
 #include "MemoryCache.h"
 
 namespace lumagrid::ThumbnailStore {
 
 namespace {
 
-// Some 400 thumbnails of a grid of four columns: a dozen screens, so that scrolling back decodes nothing.
-constexpr std::size_t kCacheBytes = 96U << 20;
-
 MemoryCache<QByteArray, QImage>& cache() {
-  static MemoryCache<QByteArray, QImage> cache(kCacheBytes);
+  static MemoryCache<QByteArray, QImage> cache(keptThumbnailBytes());
   return cache;
 }
 

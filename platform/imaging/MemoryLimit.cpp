@@ -1,9 +1,9 @@
 #include "MemoryLimit.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <limits>
+
+#include "MemoryBudget.h"
 
 namespace lumagrid {
 namespace {
@@ -12,18 +12,10 @@ constexpr std::int64_t kLargestLimit = std::int64_t{4} << 30;
 constexpr std::int64_t kLimitOfUnknownMachine = std::int64_t{1} << 30;
 constexpr std::int64_t kBytesPerPixel = 4;
 
-std::int64_t limitOfThisMachine() {
-  const std::int64_t pages = sysconf(_SC_PHYS_PAGES);
-  const std::int64_t pageSize = sysconf(_SC_PAGESIZE);
-  std::int64_t physical = 0;
-  if (pages <= 0 || pageSize <= 0 || __builtin_mul_overflow(pages, pageSize, &physical)) return kLimitOfUnknownMachine;
-  return std::min(physical / 4, kLargestLimit);
-}
-
 }  // namespace
 
 std::int64_t pictureByteLimit() {
-  static const std::int64_t limit = limitOfThisMachine();
+  static const std::int64_t limit = std::min(machineMemory().value_or(4 * kLimitOfUnknownMachine) / 4, kLargestLimit);
   return limit;
 }
 

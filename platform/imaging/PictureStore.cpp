@@ -4,14 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "MemoryBudget.h"
 #include "PixelBuffer.h"
 #include "WorkerPool.h"
 
 namespace lumagrid {
 namespace {
-
-// The picture on the stage and the one before it, at 24 megapixels each.
-constexpr std::size_t kBudgetBytes = 200U << 20;
 
 // Tells apart the contents that a path has had; nothing when there is no such file.
 std::optional<QByteArray> identity(const FileUrl& file) {
@@ -33,7 +31,7 @@ struct PictureStore::Ahead {
   std::atomic_flag isOver;
 };
 
-PictureStore::PictureStore(ImageDecoder& decoder) : m_decoder(decoder), m_pictures(kBudgetBytes) {}
+PictureStore::PictureStore(ImageDecoder& decoder) : m_decoder(decoder), m_pictures(keptPictureBytes()) {}
 
 PictureStore::~PictureStore() {
   if (const auto ahead = takeAhead()) ahead->isOver.wait(false);

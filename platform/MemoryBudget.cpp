@@ -1,0 +1,23 @@
+#include "MemoryBudget.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace lumagrid {
+
+std::optional<std::int64_t> machineMemory() {
+  const std::int64_t pages = sysconf(_SC_PHYS_PAGES);
+  const std::int64_t pageSize = sysconf(_SC_PAGESIZE);
+  std::int64_t bytes = 0;
+  if (pages <= 0 || pageSize <= 0 || __builtin_mul_overflow(pages, pageSize, &bytes)) return std::nullopt;
+  return bytes;
+}
+
+std::size_t keptBytes() {
+  constexpr std::int64_t kMost = std::int64_t{288} << 20;
+  static const std::int64_t bytes = std::min(machineMemory().value_or(0) / 8, kMost);
+  return static_cast<std::size_t>(bytes);
+}
+
+}  // namespace lumagrid

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace lumagrid {
+
+// The memory of this machine, in bytes; nothing when the system does not tell.
+[[nodiscard]] std::optional<std::int64_t> machineMemory();
+
+// What the process keeps in memory so that it need not be made again, in bytes: an eighth of the machine's memory, and
+// at most two pictures of 24 megapixels with some 400 thumbnails. Every cache of note takes its share of this.
+[[nodiscard]] std::size_t keptBytes();
+[[nodiscard]] inline std::size_t keptThumbnailBytes() {
+  return keptBytes() / 3;
+}
+[[nodiscard]] inline std::size_t keptPictureBytes() {
+  return keptBytes() - keptThumbnailBytes();
+}
+
+}  // namespace lumagrid
