@@ -3,10 +3,9 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <array>
 #include <cerrno>
+#include <memory>
 #include <optional>
 #include <system_error>
 
@@ -14,25 +13,8 @@ namespace lumagrid {
 
 namespace {
 
-// Few system calls for a folder of a million entries, and still a size that a thread's stack bears.
-constexpr std::size_t kBufferBytes = 256 * 1024;
-
-class OpenFolder {
- public:
-  explicit OpenFolder(const QByteArray& path) {
-    do {
-      m_descriptor = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    } while (m_descriptor < 0 && errno == EINTR);
-  }
-  ~OpenFolder() {
-    if (m_descriptor >= 0) ::close(m_descriptor);
-  }
-  Q_DISABLE_COPY_MOVE(OpenFolder)
-
-  [[nodiscard]] int descriptor() const { return m_descriptor; }
-
- private:
-  int m_descriptor = -1;
+struct CloseFolder {
+  void operator()(DIR* folder) const { ::closedir(folder); }
 };
 
 ListingError lastError() {
@@ -40,7 +22,7 @@ ListingError lastError() {
 }
 
 // Nothing when the entry cannot be read; errno then says why.
-std::optional<bool> isRegularEntry(int folder, const dirent64& entry) {
+std::optional<bool> isRegularEntry(int folder, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_REG;
   struct stat status = {};  // some file systems do not tell the type in the listing
   if (::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
@@ -51,23 +33,18 @@ std::optional<bool> isRegularEntry(int folder, const dirent64& entry) {
 
 std::optional<ListingError> visitDirectory(const FileUrl& folder, bool (*wanted)(QByteArrayView name),
                                            const std::function<void(QByteArrayView name, bool isRegularFile)>& visit) {
-  const OpenFolder opened(folder.path());
-  if (opened.descriptor() < 0) return lastError();
-
-  alignas(dirent64) std::array<char, kBufferBytes> buffer;
+  const std::unique_ptr<DIR, CloseFolder> opened(::opendir(folder.path().constData()));
+  if (!opened) return lastError();
   for (;;) {
-    const auto bytes = ::getdents64(opened.descriptor(), buffer.data(), buffer.size());
-    if (bytes < 0) return lastError();
-    if (bytes == 0) return std::nullopt;
-    for (auto offset = decltype(bytes){0}; offset < bytes;) {
-      const auto& entry = *reinterpret_cast<const dirent64*>(buffer.data() + offset);
-      offset += entry.d_reclen;
-      const QByteArrayView name(entry.d_name);
-      if (name.startsWith('.') || !wanted(name)) continue;
-      const std::optional<bool> regular = isRegularEntry(opened.descriptor(), entry);
-      if (!regular) return lastError();
-      visit(name, *regular);
-    }
+    errno = 0;  // the end of the folder and an error look the same otherwise
+    const dirent* const entry = ::readdir(opened.get());
+    if (!entry) return errno == 0 ? std::nullopt : std::optional(lastError());
+    // Longer than the member's declared size where a file system counts its names in other units than bytes.
+    const QByteArrayView name(static_cast<const char*>(entry->d_name));
+    if (name.startsWith('.') || !wanted(name)) continue;
+    const std::optional<bool> regular = isRegularEntry(::dirfd(opened.get()), *entry);
+    if (!regular) return lastError();
+    visit(name, *regular);
   }
 }
 
