@@ -1,115 +1,55 @@
-#include <cstdint>
-#include <unordered_map>
-
 #include "PictureFiles.h"
 
 namespace lumagrid::samples {
 
 namespace {
 
-constexpr int kClearCode = 256;
-constexpr int kEndCode = 257;
-constexpr int kFirstWidth = 9;    // bits of a code right after a clear code
-constexpr int kLastCode = 4095;   // codes have 12 bits at most
-constexpr int kBlockBytes = 255;  // the most that one data block holds
-
 void appendNumber(QByteArray& file, int value) {
-  file.append(static_cast<char>(value & 255));
-  file.append(static_cast<char>(value >> 8 & 255));
+  file.append(static_cast<char>(value & 255)).append(static_cast<char>(value >> 8 & 255));
 }
 
-// Lempel-Ziv-Welch as GIF has it: codes of growing width, lowest bit first.
-class CodeWriter {
- public:
-  void write(int code) {
-    m_bits |= static_cast<std::uint32_t>(code) << m_count;
-    m_count += m_width;
-    while (m_count >= 8) {
-      takeByte();
-    }
-  }
-  void setWidth(int width) { m_width = width; }
-  [[nodiscard]] int width() const { return m_width; }
-  [[nodiscard]] QByteArray finished() {
-    while (m_count > 0) {
-      takeByte();
-    }
-    return m_bytes;
-  }
-
- private:
-  void takeByte() {
-    m_bytes.append(static_cast<char>(m_bits & 255U));
-    m_bits >>= 8U;
-    m_count -= 8;
-  }
-  QByteArray m_bytes;
-  std::uint32_t m_bits = 0;
-  int m_count = 0;
-  int m_width = kFirstWidth;
-};
-
-QByteArray compressed(const QImage& indexed) {
-  CodeWriter writer;
-  std::unordered_map<int, int> codes;  // prefix code × 256 + next colour → code
-  int nextCode = kEndCode + 1;
-  int prefix = -1;
-  writer.write(kClearCode);
+// Colour indices as codes of nine bits, lowest bit first, with a clear code (256) before codes would have to grow: four
+// times as long as compressed, and as valid. The last is the end code (257).
+QByteArray codes(const QImage& indexed) {
+  constexpr int kCodesUntilClear = 254;
+  QByteArray bytes;
+  quint32 bits = 0;
+  int bitCount = 0;
+  const auto write = [&](quint32 code) {
+    bits |= code << bitCount;
+    for (bitCount += 9; bitCount >= 8; bitCount -= 8, bits >>= 8) bytes.append(static_cast<char>(bits & 255));
+  };
+  int written = 0;
   for (int y = 0; y < indexed.height(); ++y) {
-    const uchar* line = indexed.constScanLine(y);
     for (int x = 0; x < indexed.width(); ++x) {
-      const int colour = line[x];
-      if (prefix < 0) {
-        prefix = colour;
-        continue;
-      }
-      const int string = prefix * 256 + colour;
-      if (const auto known = codes.find(string); known != codes.end()) {
-        prefix = known->second;
-        continue;
-      }
-      writer.write(prefix);
-      prefix = colour;
-      if (nextCode > kLastCode) {
-        writer.write(kClearCode);
-        writer.setWidth(kFirstWidth);
-        codes.clear();
-        nextCode = kEndCode + 1;
-        continue;
-      }
-      codes.emplace(string, nextCode);
-      if (nextCode == 1 << writer.width()) {
-        writer.setWidth(writer.width() + 1);
-      }
-      ++nextCode;
+      if (written++ % kCodesUntilClear == 0) write(256);
+      write(indexed.constScanLine(y)[x]);
     }
   }
-  writer.write(prefix);
-  writer.write(kEndCode);
-  return writer.finished();
+  write(257);
+  return bytes.append(static_cast<char>(bits));
 }
 
-void appendFrame(QByteArray& file, const QImage& frame, int hundredths) {
-  const QImage indexed = frame.convertToFormat(QImage::Format_RGB32).convertToFormat(QImage::Format_Indexed8);
+void appendFrame(QByteArray& file, const QImage& frame) {
+  constexpr int kHundredths = 50;   // of a second, for each frame
+  constexpr int kBlockBytes = 255;  // the most that one data block holds
+  const QImage indexed = frame.convertToFormat(QImage::Format_Indexed8);
   file.append(QByteArray::fromHex("21F90400"));  // graphic control: nothing transparent, nothing to dispose of
-  appendNumber(file, hundredths);
+  appendNumber(file, kHundredths);
   file.append(QByteArray::fromHex("00002C00000000"));
   appendNumber(file, indexed.width());
   appendNumber(file, indexed.height());
   file.append(static_cast<char>(0x87));  // a table of 256 colours of this frame's own
   QList<QRgb> table = indexed.colorTable();
   table.resize(256);
-  for (const QRgb colour : std::as_const(table)) {
-    file.append(static_cast<char>(qRed(colour)));
-    file.append(static_cast<char>(qGreen(colour)));
-    file.append(static_cast<char>(qBlue(colour)));
+  for (const QRgb color : std::as_const(table)) {
+    for (const int channel : {qRed(color), qGreen(color), qBlue(color)}) file.append(static_cast<char>(channel));
   }
   file.append(static_cast<char>(8));  // bits of a colour index
-  const QByteArray data = compressed(indexed);
+  const QByteArray data = codes(indexed);
   for (qsizetype start = 0; start < data.size(); start += kBlockBytes) {
     const QByteArray block = data.mid(start, kBlockBytes);
-    file.append(static_cast<char>(block.size()));
-    file.append(block);
+    file.append(static_cast<char>(block.size())).append(block);
   }
   file.append('\0');
 }
@@ -121,14 +61,8 @@ QByteArray gifFile(const QList<QImage>& frames) {
   appendNumber(file, frames.first().width());
   appendNumber(file, frames.first().height());
   file.append(QByteArray::fromHex("700000"));
-  if (frames.size() > 1) {
-    file.append(QByteArray::fromHex("21FF0B4E45545343415045322E300301000000"));  // repeat for ever
-  }
-  for (const QImage& frame : frames) {
-    appendFrame(file, frame, 12);
-  }
-  file.append(';');
-  return file;
+  for (const QImage& frame : frames) appendFrame(file, frame);
+  return file.append(';');
 }
 
 }  // namespace lumagrid::samples

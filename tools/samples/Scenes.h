@@ -29,16 +29,9 @@ void paintMountains(QImage& picture, const Hour& hour, Random& random);
 void paintForest(QImage& picture, const Hour& hour, Random& random);
 void paintDunes(QImage& picture, const Hour& hour, Random& random);
 void paintSea(QImage& picture, const Hour& hour, Random& random);
-void paintBalloons(QImage& picture, const Hour& hour, Random& random);
-void paintMeadow(QImage& picture, const Hour& hour, Random& random);
-
-void paintNightSky(QImage& picture, const Hour& hour, Random& random);
 void paintLeaves(QImage& picture, const Hour& hour, Random& random);
-void paintLights(QImage& picture, const Hour& hour, Random& random);
 void paintCity(QImage& picture, const Hour& hour, Random& random);
 
-// One frame of a sun that sinks into the sea; `progress` from 0 to 1.
-void paintSinkingSun(QImage& picture, const Hour& hour, double progress);
 // Leaves alone, on nothing: what an alpha channel is for.
 void paintLeavesOnNothing(QImage& picture, const Hour& hour, Random& random);
 // An arrow that points up, and as many dots at the lower left as `count` says: a turned or mirrored picture shows.

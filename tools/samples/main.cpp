@@ -5,14 +5,96 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <array>
 #include <cstdio>
 
 #include "PictureFiles.h"
-#include "SampleList.h"
+#include "Scenes.h"
 
 namespace lumagrid::samples {
 
 namespace {
+
+enum class Variant { Plain, Progressive, Grey, Alpha, Animated, Turned, Damaged };
+
+// One file to make. Its format follows from the ending of its name.
+struct Sample {
+  const char* name = nullptr;  // UTF-8
+  Scene scene = nullptr;       // none for Alpha and Turned, which have their own
+  HourName hour = HourName::Noon;
+  int width = 1600;   // pixels, upright
+  int height = 1067;  // pixels, upright
+  Variant variant = Variant::Plain;
+  int exifOrientation = 0;  // for Turned
+};
+
+// clang-format off: one sample a line, to be read as a table.
+using enum HourName;
+constexpr auto kSamples = std::to_array<Sample>({
+    // Numbers that sort by value, not by letter.
+    {"IMG_1.jpg", paintMountains, Sunset},
+    {"IMG_2.jpg", paintLeaves, Autumn},
+    {"IMG_3.jpg", paintSea, Gold},
+    {"IMG_9.jpg", paintSea, Night},
+    {"IMG_10.jpg", paintForest, Mint},
+    {"IMG_11.jpg", paintMountains, Dawn},
+    {"IMG_20.jpg", paintCity, Dusk},
+    {"IMG_100.jpg", paintDunes, Noon},
+    {"img_21.JPG", paintDunes, Gold},
+    // The usual proportions of a camera, lying and standing.
+    {"Above the clouds.jpg", paintMountains, Dawn},
+    {"Autumn path.jpg", paintForest, Autumn},
+    {"Bay at sunset.jpg", paintSea, Sunset},
+    {"City lights.jpeg", paintCity, Night},
+    {"Morning fog.jpg", paintForest, Dawn},
+    {"Pines.jpg", paintForest, Dusk, 1067, 1600},
+    {"Red leaves.jpg", paintLeaves, Sunset, 1067, 1600},
+    {"Teal lake.jpg", paintSea, Mint},
+    // Other proportions.
+    {"Panorama of the range.jpg", paintMountains, Gold, 2400, 600},
+    {"Square leaves.jpg", paintLeaves, Mint, 1200, 1200},
+    {"Tall sky.jpg", paintSea, Ice, 500, 1600},
+    // Names in many scripts, and what looks like markup.
+    {"東京の夕暮れ.jpg", paintCity, Dusk},
+    {"富士山.png", paintMountains, Rose, 960, 640},
+    {"صورة الصحراء.jpg", paintDunes, Sunset},
+    {"Осенний лес.jpg", paintForest, Autumn},
+    {"🌸 spring 🌊.jpg", paintDunes, Rose},
+    {"Crème brûlée — été.jpg", paintLeaves, Gold},
+    {"<b>Bold & fine.jpg", paintMountains, Gold},
+    {"A long walk along the ridge from the first hut to the last, with a halt at every spring, a look back at every "
+     "bend, and a picture of the valley in the light of the late afternoon.jpg",
+     paintMountains, Autumn},
+    {"長い名前の写真、山の上から見た海と空と雲と町と川と橋と森と畑と道.jpg", paintSea, Dusk},
+    // Every format that the program opens.
+    {"Format avif.avif", paintMountains, Mint, 960, 640},
+    {"Format avif alpha.avif", nullptr, Autumn, 640, 640, Variant::Alpha},
+    {"Format bmp.bmp", paintDunes, Dawn, 640, 427},
+    {"Format gif.gif", paintDunes, Gold, 640, 427},
+    {"Format gif animated.gif", paintSea, Sunset, 480, 320, Variant::Animated},
+    {"Format heic.heic", paintForest, Gold, 1200, 800},
+    {"Format heif.heif", paintMountains, Mint, 1200, 800},
+    {"Format jpeg grey.jpeg", paintMountains, Night, 1600, 1067, Variant::Grey},
+    {"Format jpeg progressive.jpg", paintLeaves, Gold, 1600, 1067, Variant::Progressive},
+    {"Format png.png", paintCity, Mint, 960, 640},
+    {"Format png alpha.png", nullptr, Mint, 800, 800, Variant::Alpha},
+    {"Format tif.tif", paintSea, Ice, 960, 640},
+    {"Format tiff.tiff", paintLeaves, Dusk, 960, 640},
+    {"Format webp.webp", paintForest, Rose, 1600, 1067},
+    {"Format webp alpha.webp", nullptr, Rose, 800, 800, Variant::Alpha},
+    // The same arrow, stored in all eight ways: each points up when shown.
+    {"Orientation 1.jpg", nullptr, Noon, 900, 600, Variant::Turned, 1},
+    {"Orientation 2.jpg", nullptr, Noon, 900, 600, Variant::Turned, 2},
+    {"Orientation 3.jpg", nullptr, Noon, 900, 600, Variant::Turned, 3},
+    {"Orientation 4.jpg", nullptr, Noon, 900, 600, Variant::Turned, 4},
+    {"Orientation 5.jpg", nullptr, Noon, 900, 600, Variant::Turned, 5},
+    {"Orientation 6.jpg", nullptr, Noon, 900, 600, Variant::Turned, 6},
+    {"Orientation 7.jpg", nullptr, Noon, 900, 600, Variant::Turned, 7},
+    {"Orientation 8.jpg", nullptr, Noon, 900, 600, Variant::Turned, 8},
+    // A file that stops in the middle of its header.
+    {"Damaged.jpg", paintMountains, Noon, 640, 427, Variant::Damaged},
+});
+// clang-format on
 
 QImage painted(const Sample& sample, std::uint64_t seed) {
   const bool alpha = sample.variant == Variant::Alpha;
@@ -28,22 +110,11 @@ QImage painted(const Sample& sample, std::uint64_t seed) {
   return sample.variant == Variant::Grey ? picture.convertToFormat(QImage::Format_Grayscale8) : picture;
 }
 
-QList<QImage> sunsetFrames(const Sample& sample) {
-  constexpr int kFrames = 8;
-  QList<QImage> frames;
-  for (int i = 0; i < kFrames; ++i) {
-    QImage frame(sample.width, sample.height, QImage::Format_RGB32);
-    paintSinkingSun(frame, hour(sample.hour), static_cast<double>(i) / (kFrames - 1));
-    frames.append(frame);
-  }
-  return frames;
-}
-
 QByteArray fileBytes(const Sample& sample, const QString& ending, std::uint64_t seed) {
-  if (sample.variant == Variant::Animated) {
-    return gifFile(sunsetFrames(sample));
-  }
   const QImage picture = painted(sample, seed);
+  if (sample.variant == Variant::Animated) {
+    return gifFile({picture, painted(sample, seed + 1), painted(sample, seed + 2)});
+  }
   if (ending == QLatin1String("gif")) {
     return gifFile({picture});
   }
@@ -96,7 +167,7 @@ int run(const QString& path) {
   }
   bool complete = true;
   int index = 0;
-  for (const Sample& sample : sampleList()) {
+  for (const Sample& sample : kSamples) {
     complete = writeSample(folder, sample, ++index) && complete;
   }
   return complete ? 0 : 1;

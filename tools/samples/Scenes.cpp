@@ -1,10 +1,13 @@
+#include "Scenes.h"
+
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
 #include <QRadialGradient>
+#include <algorithm>
+#include <array>
 #include <cmath>
-
-#include "Scenes.h"
+#include <numbers>
 
 namespace lumagrid::samples {
 
@@ -108,36 +111,55 @@ void paintWater(QPainter& painter, const QRectF& water, const QPointF& sun, cons
   }
 }
 
-void paintBalloon(QPainter& painter, const QPointF& centre, double radius, const Hour& hour, Random& random) {
-  const QColor first = QColor::fromHsvF(static_cast<float>(random.between(0, 1)), 0.68F, 0.92F);
-  const QColor second = mix(hour.light, Qt::white, 0.35);
-  QPainterPath hull;
-  hull.moveTo(centre.x() - radius * 0.22, centre.y() + radius * 1.35);
-  hull.cubicTo(centre.x() - radius * 0.5, centre.y() + radius * 0.85, centre.x() - radius, centre.y() + radius * 0.5,
-               centre.x() - radius, centre.y());
-  hull.arcTo(QRectF(centre.x() - radius, centre.y() - radius, radius * 2, radius * 2), 180, -180);
-  hull.cubicTo(centre.x() + radius, centre.y() + radius * 0.5, centre.x() + radius * 0.5, centre.y() + radius * 0.85,
-               centre.x() + radius * 0.22, centre.y() + radius * 1.35);
-  hull.closeSubpath();
-  painter.save();
-  painter.fillPath(hull, first);
-  painter.setClipPath(hull);
-  painter.setPen(Qt::NoPen);
-  painter.setBrush(second);
-  for (const double share : {-0.62, 0.0, 0.62}) {
-    painter.drawEllipse(centre + QPointF(radius * share, radius * 0.2), radius * 0.16, radius * 1.6);
+void paintLeaf(QPainter& painter, double length, const QColor& colour) {
+  QPainterPath blade(QPointF(0, 0));
+  blade.cubicTo(length * 0.2, -length * 0.32, length * 0.7, -length * 0.3, length, 0);
+  blade.cubicTo(length * 0.7, length * 0.3, length * 0.2, length * 0.32, 0, 0);
+  QLinearGradient shade(0, -length * 0.3, 0, length * 0.3);
+  shade.setColorAt(0, mix(colour, Qt::white, 0.25));
+  shade.setColorAt(0.5, colour);
+  shade.setColorAt(1, mix(colour, Qt::black, 0.3));
+  painter.fillPath(blade, shade);
+  painter.setPen(QPen(mix(colour, Qt::black, 0.35), length * 0.012, Qt::SolidLine, Qt::RoundCap));
+  painter.drawLine(QPointF(-length * 0.16, 0), QPointF(length * 0.94, 0));
+  for (const double along : {0.2, 0.36, 0.52, 0.68}) {
+    const double reach = length * 0.19 * std::sin(along * std::numbers::pi);
+    painter.drawLine(QPointF(length * along, 0), QPointF(length * (along + 0.14), reach));
+    painter.drawLine(QPointF(length * along, 0), QPointF(length * (along + 0.14), -reach));
   }
-  QLinearGradient shade(centre - QPointF(radius, 0), centre + QPointF(radius, 0));
-  shade.setColorAt(0, QColor(255, 255, 255, 70));
-  shade.setColorAt(0.5, QColor(255, 255, 255, 0));
-  shade.setColorAt(1, QColor(20, 10, 40, 110));
-  painter.fillRect(hull.boundingRect(), shade);
-  painter.restore();
-  painter.setPen(QPen(mix(hour.near, Qt::black, 0.3), radius * 0.03));
-  painter.drawLine(centre + QPointF(-radius * 0.2, radius * 1.35), centre + QPointF(-radius * 0.12, radius * 1.7));
-  painter.drawLine(centre + QPointF(radius * 0.2, radius * 1.35), centre + QPointF(radius * 0.12, radius * 1.7));
-  painter.fillRect(QRectF(centre.x() - radius * 0.14, centre.y() + radius * 1.68, radius * 0.28, radius * 0.2),
-                   mix(hour.near, QColor(120, 80, 40), 0.5));
+}
+
+void scatterLeaves(QPainter& painter, const QSizeF& size, const Hour& hour, Random& random, int count) {
+  for (int i = 0; i < count; ++i) {
+    const double share = static_cast<double>(i) / count;
+    const double length = std::min(size.width(), size.height()) * (0.16 + 0.26 * share);
+    painter.save();
+    painter.translate(random.between(-0.05, 1.0) * size.width(), random.between(-0.05, 1.05) * size.height());
+    painter.rotate(random.between(0, 360));
+    const QColor tint = mix(hour.far, hour.light, random.between(0, 1));
+    painter.save();
+    painter.translate(length * 0.03, length * 0.06);
+    painter.setOpacity(0.22);
+    paintLeaf(painter, length, Qt::black);
+    painter.restore();
+    paintLeaf(painter, length, mix(mix(hour.near, tint, 0.25 + 0.75 * share), hour.horizon, random.between(0, 0.25)));
+    painter.restore();
+  }
+}
+
+void paintTower(QPainter& painter, const QRectF& tower, const QColor& wall, const QColor& lamp, Random& random) {
+  painter.fillRect(tower, wall);
+  const double cell = tower.width() / 7;
+  const int rows = static_cast<int>(tower.height() / (cell * 1.5));
+  for (int row = 0; row < rows; ++row) {
+    const double y = tower.top() + cell * (1 + 1.5 * row);
+    for (int column = 0; column < 6; ++column) {
+      if (random.between(0, 1) < 0.42) {
+        const QRectF pane(tower.left() + cell * (column + 0.7), y, cell * 0.6, cell * 0.85);
+        painter.fillRect(pane, mix(wall, lamp, random.between(0.35, 1)));
+      }
+    }
+  }
 }
 
 }  // namespace
@@ -221,63 +243,71 @@ void paintSea(QImage& picture, const Hour& hour, Random& random) {
   fillRidge(painter, ridgePath(size, coast, random), mix(hour.near, Qt::black, 0.25), mix(hour.near, Qt::black, 0.5));
 }
 
-void paintBalloons(QImage& picture, const Hour& hour, Random& random) {
+void paintLeaves(QImage& picture, const Hour& hour, Random& random) {
   QPainter painter(&picture);
   painter.setRenderHint(QPainter::Antialiasing);
-  const QSizeF size = picture.size();
-  paintSky(painter, QRectF(0, 0, size.width(), size.height() * 0.8), hour);
-  paintRanges(painter, size, hour, random, 4);
-  constexpr int kBalloons = 7;
-  for (int i = 0; i < kBalloons; ++i) {
-    const double radius = size.height() * (0.02 + 0.085 * i / (kBalloons - 1));
-    const double lane = (i * 3 % kBalloons + 0.5) / kBalloons;
-    const QPointF centre(size.width() * lane + random.aroundZero() * radius, size.height() * random.between(0.14, 0.5));
-    paintBalloon(painter, centre, radius, hour, random);
-  }
+  painter.fillRect(picture.rect(), mix(hour.near, Qt::black, 0.2));
+  scatterLeaves(painter, picture.size(), hour, random, 130);
 }
 
-void paintMeadow(QImage& picture, const Hour& hour, Random& random) {
+void paintLeavesOnNothing(QImage& picture, const Hour& hour, Random& random) {
+  picture.fill(Qt::transparent);
+  QPainter painter(&picture);
+  painter.setRenderHint(QPainter::Antialiasing);
+  scatterLeaves(painter, picture.size(), hour, random, 24);
+}
+
+void paintCity(QImage& picture, const Hour& hour, Random& random) {
   QPainter painter(&picture);
   painter.setRenderHint(QPainter::Antialiasing);
   const QSizeF size = picture.size();
-  paintSky(painter, QRectF(0, 0, size.width(), size.height() * 0.6), hour);
-  paintSun(painter, QPointF(size.width() * random.between(0.2, 0.8), size.height() * 0.2), size.height() * 0.05,
-           hour.light);
-  const QColor grass = mix(QColor(96, 150, 72), hour.near, 0.3);
-  for (int i = 0; i < 4; ++i) {
-    const double depth = i / 3.0;
-    const Ridge ridge{size.height() * (0.5 + 0.14 * depth), size.height() * 0.07, 1.5, 0.2};
-    const QColor top = mix(mix(hour.far, grass, 0.4 + 0.6 * depth), hour.light, 0.2);
-    fillRidge(painter, ridgePath(size, ridge, random), top, mix(grass, hour.near, 0.6 * depth));
-  }
+  QLinearGradient sky(0, 0, 0, size.height());
+  sky.setColorAt(0, hour.zenith);
+  sky.setColorAt(0.5, hour.sky);
+  sky.setColorAt(0.85, hour.horizon);
+  painter.fillRect(QRectF(QPointF(0, 0), size), sky);
   painter.setPen(Qt::NoPen);
-  const float petals = static_cast<float>(random.between(0, 1));
-  for (int i = 0; i < 1400; ++i) {
-    const double share = i / 1400.0;
-    const QPointF centre(random.between(0, size.width()), size.height() * (0.66 + 0.36 * share * share));
-    const double radius = size.height() * (0.002 + 0.013 * share * share) * random.between(0.6, 1.2);
-    const double hue = petals + random.aroundZero() * 0.09 + 1;
-    painter.setBrush(QColor::fromHsvF(static_cast<float>(hue - std::floor(hue)), 0.6F, 0.97F));
-    for (int petal = 0; petal < 5; ++petal) {
-      const double angle = petal * 1.2566 + i;
-      painter.drawEllipse(centre + QPointF(std::cos(angle), std::sin(angle) * 0.8) * radius, radius * 0.7,
-                          radius * 0.6);
+  painter.setBrush(mix(hour.light, hour.horizon, 0.2));
+  painter.drawEllipse(QPointF(size.width() * random.between(0.2, 0.8), size.height() * 0.3), size.height() * 0.09,
+                      size.height() * 0.09);
+  constexpr int kStreets = 4;
+  for (int street = 0; street < kStreets; ++street) {
+    const double depth = static_cast<double>(street) / (kStreets - 1);
+    const QColor wall = mix(mix(hour.far, hour.horizon, 0.4 * (1 - depth)), hour.near, depth);
+    double x = -size.height() * 0.05;
+    while (x < size.width()) {
+      const double width = size.height() * random.between(0.06, 0.12) * (0.7 + 0.6 * depth);
+      const double top = size.height() * random.between(0.3 + 0.2 * depth, 0.62 + 0.2 * depth);
+      paintTower(painter, QRectF(x, top, width, size.height() - top), wall, hour.light, random);
+      x += width * random.between(1.0, 1.25);
     }
-    painter.setBrush(QColor(255, 226, 120));
-    painter.drawEllipse(centre, radius * 0.5, radius * 0.45);
   }
 }
 
-void paintSinkingSun(QImage& picture, const Hour& hour, double progress) {
-  Random random(7);
+void paintUpArrow(QImage& picture, int count) {
+  Random random(static_cast<std::uint64_t>(count));
+  paintMountains(picture, hour(static_cast<HourName>(count % 5)), random);
   QPainter painter(&picture);
   painter.setRenderHint(QPainter::Antialiasing);
-  const QSizeF size = picture.size();
-  const double shore = size.height() * 0.6;
-  const QPointF sun(size.width() * 0.5, shore - size.height() * 0.3 * (1 - progress));
-  paintSky(painter, QRectF(0, 0, size.width(), shore), hour);
-  paintSun(painter, sun, size.height() * 0.09, hour.light);
-  paintWater(painter, QRectF(0, shore, size.width(), size.height() - shore), sun, hour, random);
+  const double width = picture.width();
+  const double height = picture.height();
+  const QPointF top(width * 0.5, height * 0.12);
+  const double reach = std::min(width, height) * 0.22;
+  QPainterPath arrow(top);
+  arrow.lineTo(top + QPointF(reach, reach * 1.2));
+  arrow.lineTo(top + QPointF(reach * 0.4, reach * 1.2));
+  arrow.lineTo(top + QPointF(reach * 0.4, height * 0.6));
+  arrow.lineTo(top + QPointF(-reach * 0.4, height * 0.6));
+  arrow.lineTo(top + QPointF(-reach * 0.4, reach * 1.2));
+  arrow.lineTo(top + QPointF(-reach, reach * 1.2));
+  arrow.closeSubpath();
+  painter.fillPath(arrow, QColor(255, 255, 255, 225));
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(Qt::white);
+  const double dot = std::min(width, height) * 0.028;
+  for (int i = 0; i < count; ++i) {
+    painter.drawEllipse(QPointF(dot * (2 + 2.6 * i), height - dot * 2), dot, dot);
+  }
 }
 
 }  // namespace lumagrid::samples
