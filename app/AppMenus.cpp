@@ -4,17 +4,19 @@
 
 #include "Alert.h"
 #include "NotificationCenter.h"
+#include "OpenDialogs.h"
 #include "RecentFolders.h"
 
 namespace lumagrid {
 
 AppMenus::AppMenus(RecentFolders& recentFolders, NotificationCenter& notificationCenter, PopupMenu& popupMenu,
-                   Alert& alert, QObject* parent)
+                   Alert& alert, OpenDialogs& dialogs, QObject* parent)
     : QObject(parent),
       m_recentFolders(recentFolders),
       m_notificationCenter(notificationCenter),
       m_popupMenu(popupMenu),
-      m_alert(alert) {
+      m_alert(alert),
+      m_dialogs(dialogs) {
   connect(&m_recentFolders, &RecentFolders::urlsChanged, this, &AppMenus::fileMenuChanged);
 }
 
@@ -44,10 +46,12 @@ std::vector<MenuEntry> AppMenus::applicationMenu() {
   MenuEntry about;
   about.title = QStringLiteral("About Lumagrid");
   about.action = [this] {
-    (void)m_alert.runModal({QStringLiteral("Lumagrid %1").arg(QCoreApplication::applicationVersion()),
-                            QStringLiteral("A photo browser: a folder of pictures as a grid."),
-                            {QStringLiteral("Close")},
-                            AlertRequest::Style::information});
+    m_dialogs.run([this] {
+      (void)m_alert.runModal({QStringLiteral("Lumagrid %1").arg(QCoreApplication::applicationVersion()),
+                              QStringLiteral("A photo browser: a folder of pictures as a grid."),
+                              {QStringLiteral("Close")},
+                              AlertRequest::Style::information});
+    });
   };
   MenuEntry quit;
   quit.title = QStringLiteral("Quit");

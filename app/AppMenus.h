@@ -12,6 +12,7 @@ namespace lumagrid {
 
 class Alert;
 class NotificationCenter;
+class OpenDialogs;
 class RecentFolders;
 
 // The menus of the menu bar: the application's own, and "File" with the recent folders. One for all windows; menus are
@@ -25,7 +26,7 @@ class AppMenus : public QObject {
  public:
   // All outlive this.
   AppMenus(RecentFolders& recentFolders, NotificationCenter& notificationCenter, PopupMenu& popupMenu, Alert& alert,
-           QObject* parent = nullptr);
+           OpenDialogs& dialogs, QObject* parent = nullptr);
 
   [[nodiscard]] bool fileMenuHasEntries() const;
   [[nodiscard]] std::vector<MenuEntry> fileMenu();
@@ -43,6 +44,7 @@ class AppMenus : public QObject {
   NotificationCenter& m_notificationCenter;
   PopupMenu& m_popupMenu;
   Alert& m_alert;
+  OpenDialogs& m_dialogs;
 };
 
 }  // namespace lumagrid

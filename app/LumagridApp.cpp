@@ -11,7 +11,7 @@ LumagridApp::LumagridApp(const Platform& platform, QObject* parent)
     : QObject(parent),
       m_platform(platform),
       m_recentFolders(m_platform.preferences),
-      m_menus(m_recentFolders, m_notificationCenter, m_platform.popupMenu, m_platform.services.alert) {
+      m_menus(m_recentFolders, m_notificationCenter, m_platform.popupMenu, m_platform.services.alert, m_dialogs) {
   Palette::instance()->setAppearance(&m_platform.appearance);
   // Hinted to the pixel grid, as the desktop's other texts are.
   QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);
@@ -24,9 +24,9 @@ LumagridApp::~LumagridApp() {
 }
 
 QQuickWindow* LumagridApp::makeWindow() {
-  auto view = std::make_unique<ContentView>(m_platform.services,
-                                            ContentView::Shared{m_recentFolders, m_notificationCenter, m_thumbnailQueue,
-                                                                m_platform.popupMenu, m_platform.services.alert});
+  auto view = std::make_unique<ContentView>(
+      m_platform.services, ContentView::Shared{m_recentFolders, m_notificationCenter, m_thumbnailQueue,
+                                               m_platform.popupMenu, m_platform.services.alert, m_dialogs});
   QQmlComponent component(&m_engine, QUrl(QStringLiteral("qrc:/qt-project.org/imports/Lumagrid/App/MainWindow.qml")));
   if (component.isError()) {
     qWarning("%s", qPrintable(component.errorString()));

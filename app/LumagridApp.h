@@ -11,6 +11,7 @@
 #include "BackgroundQueue.h"
 #include "ContentView.h"
 #include "NotificationCenter.h"
+#include "OpenDialogs.h"
 #include "PhotoLibrary.h"
 #include "PopupMenu.h"
 #include "Preferences.h"
@@ -51,6 +52,7 @@ class LumagridApp : public QObject {
 
   Platform m_platform;
   NotificationCenter m_notificationCenter;
+  OpenDialogs m_dialogs;
   RecentFolders m_recentFolders;
   BackgroundQueue m_thumbnailQueue;
   AppMenus m_menus;

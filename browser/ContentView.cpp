@@ -4,6 +4,7 @@
 
 #include "FolderListing.h"
 #include "NotificationCenter.h"
+#include "OpenDialogs.h"
 #include "RecentFolders.h"
 
 namespace lumagrid {
@@ -57,7 +58,7 @@ void ContentView::exitDetailMode() {
 
 void ContentView::chooseFolderAndShowGrid() {
   m_shown.dismissNewStatus();
-  runDialog([this] { m_library.chooseFolder(); });
+  m_shared.dialogs.run([this] { m_library.chooseFolder(); });
   setBrowserMode(BrowserMode::grid);
   setGridScrollTarget(currentPhotoPath());
 }
@@ -67,19 +68,10 @@ void ContentView::handleOpenRecent(const std::optional<FileUrl>& folder) {
 }
 
 void ContentView::openFolderInGrid(const FileUrl& folder) {
-  if (m_openDialogs > 0) {
-    m_folderToOpen = folder;
-    return;
-  }
-  m_library.openFolder(folder);
-  setBrowserMode(BrowserMode::grid);
-}
-
-void ContentView::runDialog(const std::function<void()>& dialog) {
-  ++m_openDialogs;
-  dialog();
-  --m_openDialogs;
-  if (m_openDialogs == 0 && m_folderToOpen) openFolderInGrid(*std::exchange(m_folderToOpen, std::nullopt));
+  m_shared.dialogs.afterwards(this, [this, folder] {
+    m_library.openFolder(folder);
+    setBrowserMode(BrowserMode::grid);
+  });
 }
 
 bool ContentView::handleDrop(const QList<QUrl>& urls) {

@@ -7,7 +7,6 @@
 #include <QUrl>
 #include <QWindow>
 #include <cstdint>
-#include <functional>
 #include <optional>
 
 #include "BrowserMode.h"
@@ -22,6 +21,7 @@ namespace lumagrid {
 class Alert;
 class BackgroundQueue;
 class NotificationCenter;
+class OpenDialogs;
 class PopupMenu;
 class RecentFolders;
 
@@ -47,6 +47,7 @@ class ContentView : public QObject {
     BackgroundQueue& thumbnailQueue;
     PopupMenu& popupMenu;
     Alert& alert;
+    OpenDialogs& dialogs;
   };
 
   // How the displayed zoom follows the state, which jumps to its end value.
@@ -58,6 +59,7 @@ class ContentView : public QObject {
   [[nodiscard]] PhotoLibrary* library() { return &m_library; }
   [[nodiscard]] ShownLibrary* shown() { return &m_shown; }
   [[nodiscard]] BackgroundQueue& thumbnailQueue() const { return m_shared.thumbnailQueue; }
+  [[nodiscard]] const OpenDialogs& dialogs() const { return m_shared.dialogs; }
   [[nodiscard]] BrowserMode browserMode() const { return m_browserMode; }
   [[nodiscard]] bool showsGrid() const { return m_browserMode == BrowserMode::grid; }
   [[nodiscard]] qint64 gridDimension() const { return m_gridDimension; }
@@ -123,7 +125,6 @@ class ContentView : public QObject {
   void setZoom(const ZoomState& zoom, QSizeF dragOffset, ZoomAnimation animation);
   [[nodiscard]] std::optional<QByteArray> currentPhotoPath() const;
   void openFolderInGrid(const FileUrl& folder);
-  void runDialog(const std::function<void()>& dialog);
 
   PhotoLibrary m_library;
   ShownLibrary m_shown{m_library};
@@ -138,8 +139,6 @@ class ContentView : public QObject {
   ChangeObserver<std::int64_t> m_photoCountObserver;
   ChangeObserver<std::optional<FileUrl>> m_folderObserver;
   ChangeObserver<std::int64_t> m_currentIndexObserver;
-  int m_openDialogs = 0;
-  std::optional<FileUrl> m_folderToOpen;  // asked for while a dialog was open
 };
 
 }  // namespace lumagrid

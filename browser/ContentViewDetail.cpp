@@ -1,11 +1,12 @@
 #include <cmath>
 
 #include "ContentView.h"
+#include "OpenDialogs.h"
 
 namespace lumagrid {
 
 void ContentView::deleteCurrentPhoto() {
-  runDialog([this] { m_library.deleteCurrentPhoto(); });
+  m_shared.dialogs.run([this] { m_library.deleteCurrentPhoto(); });
 }
 
 void ContentView::handleDetailMagnification(double magnification) {

@@ -4,6 +4,7 @@
 
 #include "Alert.h"
 #include "ContentView.h"
+#include "OpenDialogs.h"
 #include "PopupMenu.h"
 
 namespace lumagrid {
@@ -55,7 +56,9 @@ void ContentView::openSortMenu(QWindow* window, QPointF position) {
     MenuEntry entry;
     entry.title = rawValue(order);
     entry.mark = order == m_library.sortOrder() ? MenuEntry::Mark::check : MenuEntry::Mark::none;
-    entry.action = [this, order] { m_library.setSortOrder(order); };
+    entry.action = [this, order] {
+      m_shared.dialogs.afterwards(this, [this, order] { m_library.setSortOrder(order); });
+    };
     entries.push_back(std::move(entry));
   }
   m_shared.popupMenu.open(window, position.toPoint(), std::move(entries));
@@ -65,7 +68,7 @@ void ContentView::deleteSelectedWithConfirmation() {
   const qint64 count = m_shown.selectedCount();
   const QString number = QString::number(count);
   const QString plural = count == 1 ? QString() : QStringLiteral("s");
-  runDialog([&] {
+  m_shared.dialogs.run([&] {
     const int pressed = m_shared.alert.runModal({
         QStringLiteral("Move %1 photo%2 to Trash?").arg(number, plural),
         QStringLiteral("%1 selected photo%2 will be moved to the Trash.").arg(number, plural),

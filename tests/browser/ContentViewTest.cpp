@@ -57,22 +57,28 @@ class ContentViewTest : public QObject {
   }
 
   void openingWaitsForADialog() {
+    std::unique_ptr<ContentView> second;  // another window: a dialog blocks them all
     const auto whileOpen = [&] {
       m_window->center.post(openRecentFolder, m_empty.url());
       m_window->center.post(openRecentFolder, m_other.url());
       QCOMPARE(m_window->library.folderURL(), m_folder.url());
+      QVERIFY(!second->library()->folderURL());
     };
     for (const auto& [dialog, moved] : {std::pair(&ContentView::chooseFolderAndShowGrid, 0),
                                         {&ContentView::deleteCurrentPhoto, 1},
                                         {&ContentView::deleteSelectedWithConfirmation, 2}}) {
+      second.reset();
       init();
+      second = std::make_unique<ContentView>(m_window->platform.services(), m_window->shared());
       m_window->platform.chooser.whileOpen = whileOpen;
       m_window->platform.alert.whileOpen = whileOpen;
       m_window->library.openPhoto(0);
       m_window->library.extendSelection(1);
       (m_window->view.*dialog)();
       QCOMPARE(m_window->platform.trash.moved.size(), moved);
-      QCOMPARE(m_window->library.folderURL(), m_other.url());  // what was asked for last
+      for (ContentView* view : {&m_window->view, second.get()}) {
+        QCOMPARE(view->library()->folderURL(), m_other.url());  // what was asked for last
+      }
       QVERIFY(m_window->view.showsGrid());
     }
   }

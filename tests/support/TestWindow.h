@@ -4,6 +4,7 @@
 #include "ContentView.h"
 #include "FakePlatform.h"
 #include "NotificationCenter.h"
+#include "OpenDialogs.h"
 #include "RecentFolders.h"
 
 namespace lumagrid {
@@ -14,10 +15,13 @@ struct TestWindow {
   RecentFolders recents{platform.preferences};
   NotificationCenter center;
   BackgroundQueue queue;
+  OpenDialogs dialogs;
   ContentView view{platform.services(), shared()};
   PhotoLibrary& library = *view.library();
 
-  [[nodiscard]] ContentView::Shared shared() { return {recents, center, queue, platform.popupMenu, platform.alert}; }
+  [[nodiscard]] ContentView::Shared shared() {
+    return {recents, center, queue, platform.popupMenu, platform.alert, dialogs};
+  }
 };
 
 }  // namespace lumagrid

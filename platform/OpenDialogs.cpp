@@ -1,0 +1,3 @@
+#include "OpenDialogs.h"
+
+#include "moc_OpenDialogs.cpp"
