@@ -1,22 +1,37 @@
 #include "WindowKeys.h"
 
 #include <QKeyEvent>
+#include <QRunnable>
 #include <QTimerEvent>
+
+#include "OpenDialogs.h"
 
 namespace lumagrid {
 
 bool WindowKeys::windowEvent(QEvent& event) {
-  if (event.type() == QEvent::KeyPress) return handlePress(static_cast<QKeyEvent&>(event));
-  if (event.type() == QEvent::KeyRelease && !static_cast<QKeyEvent&>(event).isAutoRepeat()) {
-    m_heldKey.reset();
-    m_stepTimer.stop();
+  switch (event.type()) {
+    case QEvent::KeyPress:
+      return handlePress(static_cast<QKeyEvent&>(event));
+    case QEvent::KeyRelease:
+      if (!static_cast<QKeyEvent&>(event).isAutoRepeat()) m_heldKey.reset();
+      return false;
+    case QEvent::MouseButtonPress:
+    case QEvent::TouchBegin:
+      forgetWaiting();
+      return false;
+    case QEvent::Expose:
+      if (awaitsFrame()) m_turn.start(0, this);
+      return false;
+    default:
+      return false;
   }
-  return false;
 }
 
 bool WindowKeys::handlePress(const QKeyEvent& event) {
+  if (m_view->dialogs().any()) return true;  // one that was not given the focus
   if ((event.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) return false;
   if (event.key() == Qt::Key_Escape) {
+    forgetWaiting();
     if (!event.isAutoRepeat()) m_view->handleExitCommand();
     return true;
   }
@@ -24,36 +39,82 @@ bool WindowKeys::handlePress(const QKeyEvent& event) {
   switch (event.key()) {
     case Qt::Key_Left:
     case Qt::Key_Right:
-      if (!event.isAutoRepeat()) {
-        step(event.key());
-      } else {
-        // Due when every event that already waits, a release among them, has been seen.
-        m_heldKey = event.key();
-        if (!m_stepTimer.isActive()) m_stepTimer.start(0, this);
-      }
+      event.isAutoRepeat() ? hold(event.key()) : press(event.key());
       return true;
     case Qt::Key_Delete:
     case Qt::Key_Backspace:
-      if (!event.isAutoRepeat()) m_view->deleteCurrentPhoto();
+      if (!event.isAutoRepeat()) press(Qt::Key_Delete);
       return true;
     default:
       return false;
   }
 }
 
+void WindowKeys::press(int key) {
+  m_waiting.push_back(key);
+  if (m_waiting.size() == 1 && !awaitsFrame()) actOnWaiting();
+}
+
+void WindowKeys::hold(int key) {
+  m_heldKey = key;
+  // Due when every event that already waits, a release among them, has been seen.
+  if (!m_turn.isActive()) m_turn.start(0, this);
+}
+
 void WindowKeys::timerEvent(QTimerEvent* event) {
-  if (event->timerId() != m_stepTimer.timerId()) return;
-  m_stepTimer.stop();
-  if (const auto key = std::exchange(m_heldKey, std::nullopt); key && !m_view->showsGrid()) step(*key);
+  if (event->timerId() != m_turn.timerId()) return;
+  m_turn.stop();
+  if (!window()->isExposed()) m_shownStep = m_lastStep;  // no frame will come
+  if (m_view->dialogs().any() || m_view->showsGrid()) forgetWaiting();
+  if (!m_waiting.empty()) {
+    actOnWaiting();
+  } else if (m_heldKey) {
+    step(*std::exchange(m_heldKey, std::nullopt));
+  }
+}
+
+void WindowKeys::actOnWaiting() {
+  while (!m_waiting.empty() && !awaitsFrame()) {
+    const int key = m_waiting.front();
+    m_waiting.pop_front();
+    if (key != Qt::Key_Delete) {
+      step(key);
+      continue;
+    }
+    forgetWaiting();  // what was pressed after it was meant for the dialog
+    m_view->deleteCurrentPhoto();
+    awaitFrame();
+  }
+}
+
+void WindowKeys::forgetWaiting() {
+  m_waiting.clear();
+  m_heldKey.reset();
 }
 
 void WindowKeys::step(int key) {
-  PhotoLibrary* library = m_view->library();
-  if (key == Qt::Key_Left) {
-    library->showPrevious();
-  } else {
-    library->showNext();
-  }
+  const bool isBack = key == Qt::Key_Left;
+  if (isBack ? !m_view->shown()->hasPreviousPhoto() : !m_view->shown()->canGoNext()) return;
+  isBack ? m_view->showPrevious() : m_view->showNext();
+  awaitFrame();
+}
+
+// A frame may be under way that was begun before the step: the one meant takes the step's scene, and is then swapped.
+void WindowKeys::awaitFrame() {
+  QQuickWindow* const shownIn = window();
+  const auto swapped = [this, step = ++m_lastStep] {
+    m_shownStep = std::max(m_shownStep, step);
+    // Behind the events that already wait: Esc and clicks go before what waits here.
+    if (!m_waiting.empty()) m_turn.start(0, this);
+  };
+  const auto taken = [this, shownIn, swapped] {
+    auto* const job =
+        QRunnable::create([this, swapped] { QMetaObject::invokeMethod(this, swapped, Qt::QueuedConnection); });
+    shownIn->scheduleRenderJob(job, QQuickWindow::AfterSwapStage);
+  };
+  shownIn->scheduleRenderJob(QRunnable::create(taken), QQuickWindow::BeforeSynchronizingStage);
+  shownIn->update();
+  if (!shownIn->isExposed()) m_turn.start(0, this);
 }
 
 }  // namespace lumagrid

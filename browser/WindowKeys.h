@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QBasicTimer>
+#include <deque>
 #include <optional>
 
 #include "ContentView.h"
@@ -9,8 +10,11 @@
 namespace lumagrid {
 
 // The window's keys, which act whatever has the focus: Esc, and on the detail stage the arrows and Delete (Backspace
-// too), without modifiers and only while their buttons are enabled. A held arrow steps on with the key's repeats, but
-// only once the window has come up with its input: what waits when the key is released steps no more. Main thread.
+// too), without modifiers and only while their buttons are enabled; none while a dialog is open.
+//
+// Each press of an arrow is a step, and a frame shows it before the next press of an arrow or Delete acts: those wait
+// in their order. Esc, a click and a dialog end the waiting. A held arrow steps on with the key's repeats, but only
+// once the window has come up with its input: what is due when the key is released steps no more. Main thread.
 class WindowKeys : public lumagrid::WindowEventItem {
   Q_OBJECT
   QML_ELEMENT
@@ -28,11 +32,20 @@ class WindowKeys : public lumagrid::WindowEventItem {
 
  private:
   bool handlePress(const QKeyEvent& event);
+  void press(int key);
+  void hold(int key);
+  void actOnWaiting();
+  void forgetWaiting();
   void step(int key);
+  void awaitFrame();
+  [[nodiscard]] bool awaitsFrame() const { return m_shownStep < m_lastStep; }
 
   ContentView* m_view = nullptr;
+  std::deque<int> m_waiting;     // presses that have not acted yet
   std::optional<int> m_heldKey;  // an arrow that repeats and whose next step is due
-  QBasicTimer m_stepTimer;
+  int m_lastStep = 0;            // counts what has to be shown
+  int m_shownStep = 0;           // the last one that a frame has shown
+  QBasicTimer m_turn;            // when what waits may act again
 };
 
 }  // namespace lumagrid

@@ -86,26 +86,71 @@ class PhotoUiTest : public QObject {
     window.platform.alert.answer = 1;
     // From the second photo: the index, and how many questions were asked.
     using Effect = std::pair<int, int>;
-    const auto effectOf = [&](Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+    const auto leadsTo = [&](const Effect& effect, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
       window.library.openPhoto(1);
       window.platform.alert.asked.clear();
       window.press(key, modifiers);
-      return Effect(window.library.currentIndex(), window.platform.alert.asked.size());
+      QTRY_COMPARE(Effect(window.library.currentIndex(), window.platform.alert.asked.size()), effect);
     };
-    for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Delete}) QCOMPARE(effectOf(key), Effect(1, 0));  // on the grid
+    for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Delete}) leadsTo({1, 0}, key);  // on the grid
     window.openPhoto("1.jpg");
     for (const char* focused : {"", "Grid", "Choose Folder", "Next photo", "Lumagrid"}) {
       for (int tabs = 0; *focused && !window.find(focused)->state().focused; ++tabs) {
         QVERIFY(tabs < 10);
         window.press(Qt::Key_Tab);
       }
-      QCOMPARE(effectOf(Qt::Key_Right), Effect(2, 0));
-      QCOMPARE(effectOf(Qt::Key_Left, Qt::KeypadModifier), Effect(0, 0));
-      QCOMPARE(effectOf(Qt::Key_Delete), Effect(1, 1));
-      QCOMPARE(effectOf(Qt::Key_Backspace), Effect(1, 1));
-      QCOMPARE(effectOf(Qt::Key_Right, Qt::ControlModifier), Effect(1, 0));
-      QCOMPARE(effectOf(Qt::Key_Delete, Qt::ShiftModifier), Effect(1, 0));
+      leadsTo({2, 0}, Qt::Key_Right);
+      leadsTo({0, 0}, Qt::Key_Left, Qt::KeypadModifier);
+      leadsTo({1, 1}, Qt::Key_Delete);
+      leadsTo({1, 1}, Qt::Key_Backspace);
+      leadsTo({1, 0}, Qt::Key_Right, Qt::ControlModifier);
+      leadsTo({1, 0}, Qt::Key_Delete, Qt::ShiftModifier);
     }
+  }
+
+  void everyPressIsShownBeforeTheNext() {
+    OnlyWindow window(m_folder.url());
+    window.openPhoto("0.jpg");
+    QList<qint64> shown;  // by frames, each photo once
+    connect(&window.window, &QQuickWindow::frameSwapped, &window.window, [&] {
+      const qint64 index = window.library.currentIndex();
+      if (shown.isEmpty() || shown.last() != index) shown.append(index);
+    });
+    window.platform.alert.answer = 1;
+    window.platform.alert.whileOpen = [&] {
+      QCOMPARE(shown.last(), 3);  // what is asked about was seen
+      window.press(Qt::Key_Left);
+    };
+    for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Right, Qt::Key_Delete, Qt::Key_Left}) {
+      window.press(key);
+    }
+    QTRY_COMPARE(window.platform.alert.asked.size(), 1);
+    QCOMPARE(shown.mid(shown.size() - 3), (QList<qint64>{1, 2, 3}));
+    QCOMPARE(window.library.currentIndex(), 3);
+    for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Left, Qt::Key_Left}) window.press(key);
+    QTest::mousePress(&window.window, Qt::LeftButton, {}, window.middle());  // goes before what waits
+    window.press(Qt::Key_Right);
+    QTRY_COMPARE(window.library.currentIndex(), 3);
+    for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Left, Qt::Key_Escape}) window.press(key);
+    QTRY_VERIFY(window.shows("Sort order"));
+    QVERIFY(window.library.currentIndex() >= 2);
+  }
+
+  void nothingStepsUnderAQuestion() {
+    OnlyWindow window(m_folder.url());
+    window.openPhoto("1.jpg");
+    QKeyEvent repeat(QEvent::KeyPress, Qt::Key_Right, {}, {}, true);
+    QCoreApplication::sendEvent(&window.window, &repeat);  // a step is due
+    window.platform.alert.whileOpen = [&] {
+      window.view.openSortMenu(nullptr, {});
+      window.platform.popupMenu.entries[1].action();
+      for (int turn = 0; turn < 5; ++turn) QCoreApplication::processEvents();
+      for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Delete, Qt::Key_Escape}) window.press(key);
+      QVERIFY(window.shows("2 / 4") && window.platform.alert.asked.size() == 1);
+    };
+    window.view.deleteCurrentPhoto();
+    QCOMPARE(window.platform.trash.moved, QStringList{photoName(1)});
+    QCOMPARE(window.library.sortOrder(), SortOrder::nameDescending);  // chosen before, and put off
   }
 
   void theCurrentPhotoIsMovedAfterAQuestion() {
@@ -125,7 +170,9 @@ class PhotoUiTest : public QObject {
     QTRY_VERIFY(window.shows("Moved \"2.jpg\" to the Trash.") && window.shows("3 / 3") && window.shows("3.jpg"));
     window.press(Qt::Key_Delete);
     QTRY_VERIFY(window.shows("Moved \"3.jpg\" to the Trash.") && window.shows("2 / 2") && window.shows("1.jpg"));
-    for (int time = 0; time < 2; ++time) window.press(Qt::Key_Delete);
+    window.press(Qt::Key_Delete);
+    QTRY_VERIFY(window.shows("1 / 1"));
+    window.press(Qt::Key_Delete);
     QTRY_VERIFY(window.find("Moved \"0.jpg\" to the Trash.", QAccessible::AlertMessage));
     QVERIFY(window.shows("Choose a folder to start browsing.") && !window.shows("Next photo"));
   }
