@@ -56,7 +56,7 @@ std::vector<MenuEntry> AppMenus::applicationMenu() {
   MenuEntry quit;
   quit.title = QStringLiteral("Quit");
   quit.shortcut = QStringLiteral("Ctrl+Q");
-  quit.action = [] { QCoreApplication::quit(); };
+  quit.action = [this] { this->quit(); };
   return {std::move(about), {}, std::move(quit)};
 }
 
@@ -66,6 +66,10 @@ void AppMenus::openFileMenu(QWindow* window, QPointF position) {
 
 void AppMenus::openApplicationMenu(QWindow* window, QPointF position) {
   m_popupMenu.open(window, position.toPoint(), applicationMenu());
+}
+
+void AppMenus::quit() {
+  if (!m_dialogs.any()) QCoreApplication::quit();
 }
 
 }  // namespace lumagrid

@@ -35,6 +35,8 @@ class AppMenus : public QObject {
   // The menu's top left is `position`, in screen points.
   Q_INVOKABLE void openFileMenu(QWindow* window, QPointF position);
   Q_INVOKABLE void openApplicationMenu(QWindow* window, QPointF position);
+  // Ends the application; not while a dialog waits for its answer.
+  Q_INVOKABLE void quit();
 
  Q_SIGNALS:
   void fileMenuChanged();

@@ -30,6 +30,8 @@ Window {
 
     Shortcut {
         sequences: ["Ctrl+Q"]
-        onActivated: Qt.quit()
+        context: Qt.ApplicationShortcut // also while a menu has the keyboard
+        onActivated: window.menus.quit()
+        onActivatedAmbiguously: window.menus.quit() // another window listens too
     }
 }

@@ -1,3 +1,5 @@
+#include <QTimer>
+
 #include "PhotoThumbnailTile.h"
 #include "PictureStore.h"
 #include "StartAhead.h"
@@ -47,6 +49,22 @@ class WindowUiTest : public QObject {
     recent(right).back().action();  // clears them
     QTRY_VERIFY(!left.isEnabled("File") && !right.isEnabled("File"));
     QVERIFY(app.platform.preferences.values.isEmpty());
+  }
+
+  void controlQQuits() {
+    UiApp app;
+    UiWindow left(app);
+    const UiWindow right(app);
+    const auto quits = [](const std::function<void()>& act) {
+      QTimer::singleShot(0, [&] {
+        act();
+        QTimer::singleShot(0, [] { QCoreApplication::exit(1); });
+      });
+      return QGuiApplication::exec() == 0;
+    };
+    app.platform.alert.whileOpen = [&] { left.press(Qt::Key_Q, Qt::ControlModifier); };
+    QVERIFY(!quits([&] { app.app.menus().applicationMenu().front().action(); }));  // a dialog is answered first
+    QVERIFY(quits([&] { left.press(Qt::Key_Q, Qt::ControlModifier); }));
   }
 
   void aStartMakesTheThumbnailsOfItsWindow() {
