@@ -17,8 +17,8 @@ namespace lumagrid {
 // The content of the grid's scroll view: a tile for every photo whose row shows in the viewport, and nothing for the
 // others, whatever the count. A tile belongs to the path of its photo: it keeps its thumbnail wherever a re-sort or a
 // removal moves it, and tiles of photos out of sight serve others afresh. All of it is brought up to date once per
-// frame. With the focus, the arrows, Home, End and the page keys move a ring from tile to tile; Return clicks the tile
-// with the ring, Space toggles it. Points. Main thread.
+// frame. With the focus, the arrows, Home, End and the page keys move a ring from tile to tile, and it shows with the
+// first of them; Return clicks the tile with the ring, Space toggles it. Points. Main thread.
 class PhotoGrid : public QQuickItem {
   Q_OBJECT
   QML_ELEMENT
@@ -70,6 +70,7 @@ class PhotoGrid : public QQuickItem {
   void requestScroll(double contentY, Scrolling scrolling);
   void updateTiles();
   void moveKeyboardIndex(std::int64_t index);
+  [[nodiscard]] std::int64_t keyboardPlace() const;
   void reveal(std::int64_t index);
   void showTile(std::int64_t index);
   [[nodiscard]] PhotoThumbnailTile* freshTile();
@@ -80,8 +81,8 @@ class PhotoGrid : public QQuickItem {
   QSizeF m_viewport;
   double m_contentY = 0;
   GridLayout m_layout;
-  std::int64_t m_keyboardIndex = -1;  // the tile that the keys act on
-  bool m_showsKeyboardIndex = false;  // it has the focus ring
+  std::int64_t m_keyboardIndex = -1;  // the tile that has, or last had, the keys' ring
+  bool m_showsKeyboardIndex = false;  // it has the ring
   bool m_hasAppeared = false;
   bool m_showsOtherList = false;              // since the last frame, another folder's photos
   std::optional<QByteArray> m_seenTarget;     // the scroll target at the last frame

@@ -11,26 +11,27 @@ void PhotoGrid::keyPressEvent(QKeyEvent* event) {
     event->ignore();
     return;
   }
+  const std::int64_t from = keyboardPlace();
   const std::int64_t columns = m_layout.columns;
   const auto rowsPerPage = static_cast<std::int64_t>(std::max(1.0, m_viewport.height() / m_layout.rowPitch()));
   switch (event->key()) {
     case Qt::Key_Left:
-      moveKeyboardIndex(m_keyboardIndex - 1);
+      moveKeyboardIndex(from - 1);
       break;
     case Qt::Key_Right:
-      moveKeyboardIndex(m_keyboardIndex + 1);
+      moveKeyboardIndex(from + 1);
       break;
     case Qt::Key_Up:
-      moveKeyboardIndex(m_keyboardIndex - columns);
+      moveKeyboardIndex(from - columns);
       break;
     case Qt::Key_Down:
-      moveKeyboardIndex(m_keyboardIndex + columns);
+      moveKeyboardIndex(from + columns);
       break;
     case Qt::Key_PageUp:
-      moveKeyboardIndex(m_keyboardIndex - columns * rowsPerPage);
+      moveKeyboardIndex(from - columns * rowsPerPage);
       break;
     case Qt::Key_PageDown:
-      moveKeyboardIndex(m_keyboardIndex + columns * rowsPerPage);
+      moveKeyboardIndex(from + columns * rowsPerPage);
       break;
     case Qt::Key_Home:
       moveKeyboardIndex(0);
@@ -53,7 +54,7 @@ void PhotoGrid::keyPressEvent(QKeyEvent* event) {
 void PhotoGrid::focusInEvent(QFocusEvent* event) {
   QQuickItem::focusInEvent(event);
   const bool byKeyboard = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
-  if (byKeyboard) moveKeyboardIndex(m_keyboardIndex);
+  if (byKeyboard) moveKeyboardIndex(keyboardPlace());
 }
 
 void PhotoGrid::focusOutEvent(QFocusEvent* event) {
@@ -62,14 +63,16 @@ void PhotoGrid::focusOutEvent(QFocusEvent* event) {
   polish();
 }
 
-// The ring appears where the attention is: at its last place, or the current photo, if that shows, or the first that
-// does.
-void PhotoGrid::moveKeyboardIndex(std::int64_t index) {
+// The tile with the ring. Where none has it, it appears where the attention is: at its last place, or the current
+// photo, if that shows, or the first that does.
+std::int64_t PhotoGrid::keyboardPlace() const {
   const auto [first, last] = m_layout.visibleIndices(m_contentY);
-  if (!m_showsKeyboardIndex && (m_keyboardIndex < first || m_keyboardIndex >= last)) {
-    const std::int64_t current = m_view->library()->currentIndex();
-    index = current >= first && current < last ? current : first;
-  }
+  if (m_showsKeyboardIndex || (m_keyboardIndex >= first && m_keyboardIndex < last)) return m_keyboardIndex;
+  const std::int64_t current = m_view->library()->currentIndex();
+  return current >= first && current < last ? current : first;
+}
+
+void PhotoGrid::moveKeyboardIndex(std::int64_t index) {
   m_showsKeyboardIndex = true;
   m_keyboardIndex = std::clamp<std::int64_t>(index, 0, m_view->library()->photoCount() - 1);
   reveal(m_keyboardIndex);

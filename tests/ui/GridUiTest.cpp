@@ -111,6 +111,24 @@ class GridUiTest : public QObject {
     leadsTo({6}, [&] { window.pinch({0.91}); });
   }
 
+  void keysMoveTheRing() {
+    OnlyWindow window(m_folder.url());
+    window.library.openPhoto(1);
+    const QList<std::pair<Qt::Key, int>> keysAndTiles{
+        {Qt::Key_Right, 2}, {Qt::Key_Down, 6}, {Qt::Key_Left, 5}, {Qt::Key_End, 11},
+        {Qt::Key_Up, 7},    {Qt::Key_Home, 0}, {Qt::Key_Left, 0}, {Qt::Key_PageDown, 11},
+    };
+    for (const auto& [key, tile] : keysAndTiles) {
+      window.press(key);
+      window.press(Qt::Key_Space);
+      QCOMPARE(window.library.selectedIndices(), PhotoLibrary::IndexSet{tile});
+      window.press(Qt::Key_Space);
+    }
+    for (const Qt::Key key : {Qt::Key_Up, Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Return}) window.press(key);
+    QTRY_VERIFY(window.shows("Next photo"));
+    QCOMPARE(window.library.currentIndex(), 7);  // Tab alone moves no ring
+  }
+
   void theSortMenuMarksTheActiveOrder() {
     OnlyWindow window(m_folder.url());
     const std::vector<MenuEntry>& entries = window.platform.popupMenu.entries;
