@@ -28,7 +28,7 @@ void PhotoGrid::observe() {
   PhotoLibrary* library = m_view->library();
   const auto changed = [this] { polish(); };
   connect(library, &PhotoLibrary::photosReset, this, [this] {
-    m_showsOtherList = true;
+    m_hasOtherList = true;
     polish();
   });
   connect(library, &PhotoLibrary::photosReordered, this, changed);
@@ -81,8 +81,14 @@ void PhotoGrid::updateLayout() {
   const GridLayout old = std::exchange(m_layout, layout);
   const double contentY = m_contentY;  // a lower content can move it
   if (m_layout.contentHeight() != old.contentHeight()) Q_EMIT contentHeightChanged();
-  if (std::exchange(m_showsOtherList, false) || !m_hasAppeared) {
-    if (m_hasAppeared) requestScroll(0, Scrolling::Immediate);
+  const std::optional<FileUrl>& folder = m_view->library()->folderURL();
+  const bool isOtherFolder = std::exchange(m_seenFolder, folder) != folder;
+  const bool isOtherList = std::exchange(m_hasOtherList, false);
+  if (!m_hasAppeared) return;
+  if (isOtherFolder) {
+    requestScroll(0, Scrolling::Immediate);
+  } else if (isOtherList) {
+    keepPlace(old, contentY);
   } else if (!(layout.metrics == old.metrics) || layout.columns != old.columns) {
     // The row in the middle of the viewport stays there, however many columns it now has.
     const double middle = (contentY + old.viewport.height() / 2 - old.metrics.padding.top()) / old.rowPitch();
@@ -92,6 +98,26 @@ void PhotoGrid::updateLayout() {
   } else if (m_contentY > layout.clampedContentY(m_contentY) && layout.contentHeight() != old.contentHeight()) {
     requestScroll(m_contentY, Scrolling::Immediate);
   }
+}
+
+// The list of the same folder was read again: of the photos that showed, the one nearest to the middle of the viewport
+// that is still there stays where it is.
+void PhotoGrid::keepPlace(const GridLayout& old, double contentY) {
+  const double middle = contentY + old.viewport.height() / 2;
+  const auto distance = [&](std::int64_t index) { return std::abs(old.tileRect(index).center().y() - middle); };
+  std::vector<std::pair<std::int64_t, QByteArray>> shown;  // by the index that was
+  for (const auto& [path, tile] : m_tiles.asKeyValueRange()) shown.emplace_back(tile.index, path);
+  std::sort(shown.begin(), shown.end(), [&](const auto& a, const auto& b) {
+    return std::pair(distance(a.first), a.first) < std::pair(distance(b.first), b.first);
+  });
+  double target = contentY;
+  for (const auto& [indexThen, path] : shown) {
+    if (const auto index = indexOf(path)) {
+      target += m_layout.tileRect(*index).center().y() - old.tileRect(indexThen).center().y();
+      break;
+    }
+  }
+  requestScroll(target, Scrolling::Immediate);
 }
 
 void PhotoGrid::scrollGridIfNeeded() {

@@ -66,11 +66,12 @@ class PhotoGrid : public QQuickItem {
 
   void observe();
   void updateLayout();
+  void keepPlace(const GridLayout& old, double contentY);
   void scrollGridIfNeeded();
   void requestScroll(double contentY, Scrolling scrolling);
   void updateTiles();
-  void moveKeyboardIndex(std::int64_t index);
   [[nodiscard]] std::int64_t keyboardPlace() const;
+  void moveKeyboardIndex(std::int64_t index);
   void reveal(std::int64_t index);
   void showTile(std::int64_t index);
   [[nodiscard]] PhotoThumbnailTile* freshTile();
@@ -84,7 +85,8 @@ class PhotoGrid : public QQuickItem {
   std::int64_t m_keyboardIndex = -1;  // the tile that has, or last had, the keys' ring
   bool m_showsKeyboardIndex = false;  // it has the ring
   bool m_hasAppeared = false;
-  bool m_showsOtherList = false;              // since the last frame, another folder's photos
+  bool m_hasOtherList = false;                // since the last frame
+  std::optional<FileUrl> m_seenFolder;        // the folder at the last frame
   std::optional<QByteArray> m_seenTarget;     // the scroll target at the last frame
   std::optional<double> m_wheelTarget;        // where the wheel's scrolling under way ends
   QHash<QByteArray, ShownTile> m_tiles;       // by path

@@ -78,6 +78,26 @@ class PhotoGridTest : public QObject {
     QCOMPARE(m_grid->contentY(), m_grid->contentHeight() - 600);
   }
 
+  void theSameFolderKeepsItsPlace() {
+    open(400, 200);
+    const auto placeOf = [this](int number) { return tiles()[number]->y() - m_grid->contentY(); };
+    const double place = placeOf(201);
+    const auto reopenWithout = [this](const QList<int>& numbers) {
+      for (const int number : numbers) {
+        QVERIFY(QFile::remove(QFile::decodeName(m_folder.url(numberedNames(number + 1).last()).path())));
+      }
+      m_window->library.openFolder(m_folder.url());
+    };
+    reopenWithout({});
+    QCOMPARE(placeOf(200), place);
+    reopenWithout({0, 1, 2, 3, 4, 5, 6, 7, 8, 200});
+    QCOMPARE(placeOf(201), place);
+    const double contentY = m_grid->contentY();
+    reopenWithout(tiles().keys());  // all that showed
+    QVERIFY(!tiles().isEmpty());
+    QCOMPARE(m_grid->contentY(), contentY);
+  }
+
  private:
   // A folder of so many photos, as it appears after one of them was shown.
   void open(int count, int shown = 0) {
