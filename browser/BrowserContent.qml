@@ -76,7 +76,12 @@ FocusScope {
         keys: ["text/uri-list"]
 
         // Taken as a copy whatever is offered: a source that moves may delete its files afterwards.
-        onEntered: drag => drag.accept(Qt.CopyAction)
+        onEntered: drag => {
+            if (root.view.acceptsDrop(drag.urls))
+                drag.accept(Qt.CopyAction);
+            else
+                drag.accepted = false;
+        }
         onPositionChanged: drag => drag.accept(Qt.CopyAction)
         onDropped: drop => {
             if (root.view.handleDrop(drop.urls))

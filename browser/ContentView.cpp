@@ -9,6 +9,17 @@
 
 namespace lumagrid {
 
+namespace {
+
+// Empty when the first URL names no file.
+FileUrl droppedFile(const QList<QUrl>& urls) {
+  if (urls.isEmpty() || !urls.first().isLocalFile()) return {};
+  // The encoded form keeps the bytes of names that are not UTF-8.
+  return FileUrl::fromPath(QByteArray::fromPercentEncoding(urls.first().path(QUrl::FullyEncoded).toLatin1()));
+}
+
+}  // namespace
+
 ContentView::ContentView(const PhotoLibrary::Services& services, const Shared& shared, QObject* parent)
     : QObject(parent),
       m_library(services),
@@ -74,11 +85,13 @@ void ContentView::openFolderInGrid(const FileUrl& folder) {
   });
 }
 
+bool ContentView::acceptsDrop(const QList<QUrl>& urls) {
+  return !droppedFile(urls).isEmpty();
+}
+
 bool ContentView::handleDrop(const QList<QUrl>& urls) {
-  if (urls.isEmpty()) return false;
-  // The encoded form keeps the bytes of names that are not UTF-8.
-  const QByteArray encodedPath = urls.first().isLocalFile() ? urls.first().path(QUrl::FullyEncoded).toLatin1() : "";
-  const FileUrl folder = FileUrl::fromPath(QByteArray::fromPercentEncoding(encodedPath));
+  const FileUrl folder = droppedFile(urls);
+  if (folder.isEmpty()) return false;
   // The source of the drop waits for its end; a folder can take long to open.
   QMetaObject::invokeMethod(
       this,

@@ -78,7 +78,8 @@ class ContentView : public QObject {
   Q_INVOKABLE void handleExitCommand();
   Q_INVOKABLE void exitDetailMode();
   Q_INVOKABLE void chooseFolderAndShowGrid();
-  // The first of the dropped URLs counts; a folder is opened once the drop has ended. False when there is none.
+  // The first of the dropped URLs counts, and has to name a file; a folder is opened once the drop has ended.
+  Q_INVOKABLE static bool acceptsDrop(const QList<QUrl>& urls);
   Q_INVOKABLE bool handleDrop(const QList<QUrl>& urls);
   void handleOpenRecent(const std::optional<FileUrl>& folder);
   // Opens a folder as a grid, a picture in its folder as if its tile had been clicked; what is neither gives the

@@ -85,8 +85,9 @@ class ContentViewTest : public QObject {
 
   void opensWhatIsDroppedOrNamed() {
     const QUrl other = QUrl::fromLocalFile(QFile::decodeName(m_other.url().path()) + u'/');
-    QVERIFY(!m_window->view.handleDrop({}));
-    QVERIFY(m_window->view.handleDrop({QUrl(QStringLiteral("https://example.org/")), other}));
+    for (const QList<QUrl>& none : {QList<QUrl>(), {QUrl(QStringLiteral("https://example.org/")), other}}) {
+      QVERIFY(!m_window->view.acceptsDrop(none) && !m_window->view.handleDrop(none));
+    }
     QCoreApplication::processEvents();
     QVERIFY(m_window->view.handleDrop({other}));
     QCOMPARE(m_window->library.folderURL(), m_folder.url());  // until the drop has ended

@@ -95,17 +95,22 @@ void UiWindow::pinch(const QList<double>& magnifications, const std::function<vo
   send(Qt::EndNativeGesture, 0);
 }
 
-bool UiWindow::drop(const FileUrl& file) {
+bool UiWindow::drop(const QUrl& url) {
   QMimeData data;
-  data.setUrls({QUrl::fromLocalFile(QFile::decodeName(file.path()))});
+  data.setUrls({url});
   constexpr auto kActions = Qt::CopyAction | Qt::MoveAction;
   QDragEnterEvent enter(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier);
   QCoreApplication::sendEvent(&window, &enter);
   QDragMoveEvent move(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier);
   QCoreApplication::sendEvent(&window, &move);
+  if (!enter.isAccepted() || !move.isAccepted()) {
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(&window, &leave);
+    return false;
+  }
   QDropEvent drop(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier);
   QCoreApplication::sendEvent(&window, &drop);
-  return enter.isAccepted() && drop.isAccepted() && drop.dropAction() == Qt::CopyAction;
+  return drop.isAccepted() && drop.dropAction() == Qt::CopyAction;
 }
 
 }  // namespace lumagrid
