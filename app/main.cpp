@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 #include "CommandLine.h"
 #include "DesktopPlatform.h"
@@ -10,6 +11,7 @@
 #include "PortalAppearance.h"
 #include "QmlPlugins.h"
 #include "SettingsPreferences.h"
+#include "SoftwareFallback.h"
 #include "StartAhead.h"
 #include "Tuning.h"
 
@@ -17,7 +19,8 @@ using namespace lumagrid;
 
 namespace {
 
-int run(QApplication& application, const CommandLine& line, PictureStore& pictures, std::unique_ptr<StartAhead> ahead) {
+int run(QApplication& application, char* const* arguments, const CommandLine& line, PictureStore& pictures,
+        std::unique_ptr<StartAhead> ahead) {
   PortalAppearance appearance(line.appearance);
   SettingsPreferences preferences;
   DesktopPlatform desktop(pictures, preferences, appearance);
@@ -25,6 +28,7 @@ int run(QApplication& application, const CommandLine& line, PictureStore& pictur
 
   QQuickWindow* window = app.makeWindow();
   if (!window) return EXIT_FAILURE;
+  fallBackToSoftware(*window, arguments);
   window->create();  // loads the graphics driver while other threads read
   ContentView& view = *app.contentView(window);
   if (!line.path.isEmpty()) {
@@ -64,11 +68,13 @@ int main(int argc, char* argv[]) {
   if (const CommandLine early = parse(); early.action == CommandLine::Action::open && !early.path.isEmpty()) {
     ahead = std::make_unique<StartAhead>(FileUrl::fromPath(early.path), pictures);
   }
+  std::vector<char*> arguments(argv, argv + argc);
+  arguments.push_back(nullptr);
   QApplication application(argc, argv);  // takes the toolkit's own options out of argv
   const CommandLine line = parse();
   if (line.action == CommandLine::Action::refuse) {
     std::fprintf(stderr, "lumagrid: %s\n%s", qPrintable(line.refusal), qPrintable(CommandLine::helpText()));
     return 2;
   }
-  return run(application, line, pictures, std::move(ahead));
+  return run(application, arguments.data(), line, pictures, std::move(ahead));
 }
