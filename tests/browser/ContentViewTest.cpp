@@ -103,6 +103,39 @@ class ContentViewTest : public QObject {
     QVERIFY(m_window->library.statusIsError());
   }
 
+  void someActionsScrollToTheCurrentPhoto() {
+    ContentView* view = nullptr;
+    const std::initializer_list<std::tuple<const char*, bool, std::function<void()>>> actions{
+        {"a folder is chosen", true,
+         [&] {
+           m_window->platform.chooser.answer = m_other.url();
+           view->chooseFolderAndShowGrid();
+         }},
+        {"the chooser is cancelled", true, [&] { view->chooseFolderAndShowGrid(); }},
+        {"the photo is left", true, [&] { view->exitDetailMode(); }},
+        {"other columns", true, [&] { view->setGridDimension(5); }},
+        {"the same columns", true, [&] { view->setGridDimension(4); }},
+        {"a recent folder", false, [&] { m_window->center.post(openRecentFolder, m_other.url()); }},
+        {"a dropped folder", false,
+         [&] {
+           QVERIFY(view->handleDrop({QUrl::fromLocalFile(QFile::decodeName(m_other.url().path()))}));
+           QCoreApplication::processEvents();
+         }},
+    };
+    for (const auto& [name, scrolls, act] : actions) {
+      init();
+      view = &m_window->view;
+      m_window->library.openPhoto(1);
+      view->exitDetailMode();
+      const auto before = view->gridScrollTarget();
+      view->handleTileClick(3, Qt::NoModifier);
+      QCOMPARE(view->gridScrollTarget(), before);
+      act();
+      const QByteArray current = m_window->library.currentPhoto()->id();
+      QVERIFY2(current != before && view->gridScrollTarget() == (scrolls ? current : before), name);
+    }
+  }
+
   void pinchesStepThroughTheColumns() {
     const auto pinch = [&view = m_window->view](qint64 columns, const QList<double>& magnifications) {
       view.setGridDimension(columns);
@@ -139,6 +172,11 @@ class ContentViewTest : public QObject {
     QVERIFY(is(1, moved, drag, Animation::None));
     view.endDetailMagnification();  // the pan is lost, the drag goes on
     QVERIFY(is(1, {0, 0}, drag, Animation::Spring));
+    view.handleDetailMagnification(3);
+    view.endDrag(moved);
+    view.handleDrag(drag);
+    view.exitDetailMode();
+    QVERIFY(is(1, {0, 0}, {0, 0}, Animation::None));
   }
 
  private:
