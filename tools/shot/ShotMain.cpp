@@ -72,8 +72,13 @@ std::optional<Request> parse(const QApplication& application, int argc, char* ar
 }
 
 void apply(const Request& request, ContentView& view) {
-  view.openPath(FileUrl::fromPath(request.path));
+  // Before there is a photo, to which it would scroll.
   if (request.columns > 0) view.setGridDimension(request.columns);
+  view.openPath(FileUrl::fromPath(request.path));
+  if (!request.selected.isEmpty()) {  // the first of them comes to the centre
+    view.library()->openPhoto(request.selected.first());
+    view.exitDetailMode();
+  }
   for (const int index : request.selected) view.handleTileClick(index, Qt::ControlModifier);
   if (request.opened >= 0) view.handleTileClick(request.opened, Qt::NoModifier);
 }
