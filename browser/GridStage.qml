@@ -81,7 +81,7 @@ StageShell {
                     }
                     scroll.to = contentY;
                     scroll.duration = scrolling === PhotoGrid.Animated ? 180 : 120;
-                    scroll.easing.type = scrolling === PhotoGrid.Animated ? Easing.InOutQuad : Easing.OutQuad;
+                    scroll.easing = scrolling === PhotoGrid.Animated ? Curves.easeInOut : Curves.easeOut;
                     scroll.start();
                 }
             }

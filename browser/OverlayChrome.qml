@@ -22,7 +22,7 @@ Item {
     Behavior on selectionAmount {
         NumberAnimation {
             duration: 180
-            easing.type: Easing.InOutQuad
+            easing: Curves.easeInOut
         }
     }
 

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "Curves.h"
+
 namespace lumagrid {
 
 namespace {
@@ -18,6 +20,18 @@ const double kDampedFrequency = kFrequency * std::sqrt(1 - kDampingFraction * kD
 
 // What nobody sees: a tenth of a point on a stage of 2000 points, and a tenth of a point.
 constexpr std::array<double, 3> kInvisible = {0.0001, 0.1, 0.1};
+
+// The part of the way that an ease-out has gone after `seconds`.
+double eased(double seconds) {
+  static const QEasingCurve curve = Curves::easeOut();
+  return curve.valueForProgress(seconds / kEaseOutDuration);
+}
+
+// … and what it goes in a second, to the next millisecond.
+double easedSpeed(double seconds) {
+  constexpr double kStep = 0.001;
+  return (eased(seconds + kStep) - eased(seconds)) / kStep;
+}
 
 std::array<double, 3> values(const PhotoPlacement& placement) {
   return {placement.scale, placement.offset.x(), placement.offset.y()};
@@ -74,8 +88,7 @@ PhotoViewMotion::State PhotoViewMotion::stateAt(double seconds) const {
   for (std::size_t i = 0; i < state.size(); ++i) {
     const auto& [distance, velocity] = m_start[i];
     if (m_curve == Curve::EaseOut) {
-      const double left = 1 - seconds / kEaseOutDuration;
-      state[i] = {distance * left * left, -2 * distance * left / kEaseOutDuration};
+      state[i] = {distance * (1 - eased(seconds)), -distance * easedSpeed(seconds)};
     } else {
       const double sine = (velocity + kDecay * distance) / kDampedFrequency;
       const double c = std::cos(kDampedFrequency * seconds);

@@ -8,7 +8,7 @@ namespace lumagrid {
 
 // One movement of the displayed photo from a placement to another. A value; pure.
 // The spring is a damped oscillator in closed form: response 0.3 s (the period it would have undamped), damping
-// fraction 0.8, so it passes its target by 1.5 % of the way. The ease-out takes 0.12 s along a parabola.
+// fraction 0.8, so it passes its target by 1.5 % of the way. The ease-out takes 0.12 s.
 class PhotoViewMotion {
  public:
   enum class Curve { Spring, EaseOut };

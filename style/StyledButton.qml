@@ -51,8 +51,7 @@ T.AbstractButton {
     Behavior on pressAmount {
         NumberAnimation {
             duration: 120
-            easing.type: Easing.BezierSpline
-            easing.bezierCurve: [0, 0, 0.58, 1, 1, 1]
+            easing: Curves.easeOut
         }
     }
 

@@ -5,6 +5,7 @@
 #include <QQuickWindow>
 #include <QSGRendererInterface>
 
+#include "Curves.h"
 #include "Palette.h"
 #include "ThumbnailStore.h"
 #include "TileNode.h"
@@ -25,7 +26,7 @@ QByteArray loadKey(const PhotoItem& photo, double side) {
 PhotoThumbnailTile::PhotoThumbnailTile(QQuickItem* parent) : QQuickItem(parent) {
   setFlag(ItemHasContents);
   setAcceptedMouseButtons(Qt::LeftButton);
-  m_checkAnimation.setEasingCurve(QEasingCurve::OutQuad);
+  m_checkAnimation.setEasingCurve(Curves::easeOut());
   m_checkAnimation.setDuration(kCheckAnimationMs);
   connect(&m_checkAnimation, &QVariantAnimation::valueChanged, this, &QQuickItem::update);
   m_checkAnimation.setStartValue(0.0);
