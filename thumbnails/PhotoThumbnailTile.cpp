@@ -26,11 +26,11 @@ QByteArray loadKey(const PhotoItem& photo, double side) {
 PhotoThumbnailTile::PhotoThumbnailTile(QQuickItem* parent) : QQuickItem(parent) {
   setFlag(ItemHasContents);
   setAcceptedMouseButtons(Qt::LeftButton);
-  m_checkAnimation.setEasingCurve(Curves::easeOut());
-  m_checkAnimation.setDuration(kCheckAnimationMs);
-  connect(&m_checkAnimation, &QVariantAnimation::valueChanged, this, &QQuickItem::update);
-  m_checkAnimation.setStartValue(0.0);
-  m_checkAnimation.setEndValue(1.0);
+  m_marks.setEasingCurve(Curves::easeOut());
+  m_marks.setDuration(kCheckAnimationMs);
+  m_marks.setStartValue(QPointF());
+  m_marks.setEndValue(QPointF());
+  connect(&m_marks, &QVariantAnimation::valueChanged, this, &QQuickItem::update);
   connect(Palette::instance(), &Palette::changed, this, &QQuickItem::update);
   connect(this, &QQuickItem::visibleChanged, this, &PhotoThumbnailTile::updateSpinner);
 }
@@ -63,13 +63,12 @@ void PhotoThumbnailTile::setMarks(bool isCurrentlyViewing, bool isChecked, Trans
   if (isCurrentlyViewing == m_isCurrentlyViewing && !checkChanged) return;
   m_isCurrentlyViewing = isCurrentlyViewing;
   m_isChecked = isChecked;
-  if (checkChanged) {
-    m_checkAnimation.stop();
-    m_checkAnimation.setStartValue(transition == Transition::animated ? m_checkAnimation.currentValue()
-                                                                      : QVariant(isChecked ? 1.0 : 0.0));
-    m_checkAnimation.setEndValue(isChecked ? 1.0 : 0.0);
-    m_checkAnimation.start();
-  }
+  const QPointF end(isChecked ? 1 : 0, isChecked || isCurrentlyViewing ? 1 : 0);
+  const bool isAnimated = checkChanged && transition == Transition::animated;
+  m_marks.stop();
+  m_marks.setStartValue(isAnimated ? m_marks.currentValue() : end);
+  m_marks.setEndValue(end);
+  if (isAnimated) m_marks.start();
   update();
   Q_EMIT marksChanged();
 }
@@ -155,10 +154,10 @@ QSGNode* PhotoThumbnailTile::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeDa
   look.side = m_side;
   look.thumbnail = m_thumbnail;
   look.spinnerStep = m_spinnerWindow ? std::optional(SpinnerClock::instance()->step()) : std::nullopt;
-  look.isCurrentlyViewing = m_isCurrentlyViewing;
   look.isPressed = m_isPressed;
   look.hasFocusRing = m_hasFocusRing;
-  look.checked = m_checkAnimation.currentValue().toDouble();
+  look.checked = m_marks.currentValue().toPointF().x();
+  look.marked = m_marks.currentValue().toPointF().y();
   node->update(window(), look);
   return node;
 }

@@ -83,7 +83,7 @@ class PhotoThumbnailTile : public QQuickItem {
   std::optional<QByteArray> m_loadKey;  // of the load that was started last
   std::vector<BackgroundQueue::Ticket> m_loads;
   bool m_loadScheduled = false;
-  QVariantAnimation m_checkAnimation;  // 0: not checked, 1: checked
+  QVariantAnimation m_marks;  // a point from 0 to 1: how far it looks checked, and how far it has the marked border
   SpinnerClock::Running m_spinner;
   QPointer<QQuickWindow> m_spinnerWindow;  // where the spinner turns; null: nowhere
 };

@@ -138,9 +138,8 @@ void TileNode::update(QQuickWindow* window, const TileLook& look) {
                            .extent = kMarkedLineWidth,
                            .color = Palette::instance()->accent().rgb()},
                           bounds);
-  const double marked = look.isCurrentlyViewing ? 1 : look.checked;
-  m_plainBorder.setOpacity(line.alphaF() * (1 - marked));
-  m_accentBorder.setOpacity(marked);
+  m_plainBorder.setOpacity(line.alphaF() * (1 - look.marked));
+  m_accentBorder.setOpacity(look.marked);
 
   if (look.hasFocusRing) {
     m_focusRing.setShape(window,

@@ -17,10 +17,10 @@ struct TileLook {
   double side = 0;
   QImage thumbnail;                // null: none yet
   std::optional<int> spinnerStep;  // the spinner's turn while there is no thumbnail
-  bool isCurrentlyViewing = false;
   bool isPressed = false;
   bool hasFocusRing = false;
   double checked = 0;  // 0: not checked, 1: checked; in between while it changes
+  double marked = 0;   // 0: the plain border, 1: that of the current photo and of the selected
 };
 
 // The layers of a tile, back to front: shadow, card, thumbnail or spinner, dimming, badge, border, focus ring. Render
