@@ -19,7 +19,7 @@ Row {
 
     MainMenuButton {
         text: "File"
-        enabled: root.menus.fileMenuHasEntries
+        isAvailable: root.menus.fileMenuHasEntries
         onClicked: root.menus.openFileMenu(Window.window, mapToGlobal(0, height + 2))
     }
 }

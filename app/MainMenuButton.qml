@@ -21,7 +21,7 @@ StyledButton {
         textFormat: Text.PlainText
         font: Fonts.system(13, Font.Medium)
         color: WindowPalette.text
-        opacity: button.enabled ? 1 : 0.42
+        opacity: button.isAvailable ? 1 : 0.42
         verticalAlignment: Text.AlignVCenter
     }
 

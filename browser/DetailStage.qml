@@ -110,7 +110,7 @@ StageShell {
         backgroundColor: WindowPalette.softButton
         foregroundColor: WindowPalette.text
         helpText: "Previous photo"
-        enabled: root.view.shown.hasPreviousPhoto
+        isAvailable: root.view.shown.hasPreviousPhoto
         onClicked: root.view.showPrevious()
     }
 
@@ -127,7 +127,7 @@ StageShell {
             backgroundColor: WindowPalette.softButton
             foregroundColor: WindowPalette.text
             helpText: "Next photo"
-            enabled: root.view.shown.canGoNext
+            isAvailable: root.view.shown.canGoNext
             onClicked: root.view.showNext()
         }
 
@@ -136,7 +136,7 @@ StageShell {
             backgroundColor: WindowPalette.danger
             foregroundColor: "white"
             helpText: "Move current photo to Trash"
-            enabled: root.view.shown.hasCurrentPhoto
+            isAvailable: root.view.shown.hasCurrentPhoto
             onClicked: root.view.deleteCurrentPhoto()
         }
     }

@@ -23,7 +23,7 @@ ChromeBar {
             anchors.verticalCenter: parent.verticalCenter
             iconName: "minusMagnifyingGlass"
             helpText: "Zoom in to show fewer thumbnails"
-            enabled: root.view.gridDimension >= 3
+            isAvailable: root.view.gridDimension >= 3
             onClicked: root.view.setGridDimension(root.view.gridDimension - 1)
         }
 
@@ -48,7 +48,7 @@ ChromeBar {
             anchors.verticalCenter: parent.verticalCenter
             iconName: "plusMagnifyingGlass"
             helpText: "Zoom out to show more thumbnails"
-            enabled: root.view.gridDimension <= 5
+            isAvailable: root.view.gridDimension <= 5
             onClicked: root.view.setGridDimension(root.view.gridDimension + 1)
         }
 

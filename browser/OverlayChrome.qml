@@ -32,7 +32,7 @@ Item {
         x: 22
         y: 22
         view: root.view
-        enabled: !root.hasSelection
+        isLeaving: root.hasSelection
         opacity: 1 - root.selectionAmount
         visible: root.view.showsGrid && opacity > 0
     }
@@ -45,7 +45,7 @@ Item {
         active: root.view.showsGrid && root.selectionAmount > 0
         sourceComponent: SelectionActionBar {
             view: root.view
-            enabled: root.hasSelection
+            isLeaving: !root.hasSelection
             // Its own flexible space and the row's share what is left over.
             width: Math.max(implicitWidth, Math.floor((root.rowWidth - 12) / 2))
             scale: 0.96 + 0.04 * root.selectionAmount
@@ -83,9 +83,10 @@ Item {
         iconName: "folderBadgePlus"
         backgroundColor: WindowPalette.accent
         foregroundColor: "white"
-        enabled: !root.hasSelection
+        isAvailable: !root.hasSelection
         opacity: 1 - root.selectionAmount
         visible: opacity > 0
         onClicked: root.view.chooseFolderAndShowGrid()
+        Accessible.ignored: root.hasSelection
     }
 }

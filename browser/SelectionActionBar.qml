@@ -50,6 +50,7 @@ ChromeBar {
             color: WindowPalette.text
             Accessible.role: Accessible.StaticText
             Accessible.name: text
+            Accessible.ignored: root.isLeaving
         }
     }
 

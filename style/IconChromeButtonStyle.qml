@@ -12,14 +12,14 @@ StyledButton {
     background: ContinuousRectangle {
         radius: button.cornerRadius
         color: "black"
-        opacity: button.enabled ? button.whilePressed(0.06, 0.1) : 0.02
+        opacity: button.isAvailable ? button.whilePressed(0.06, 0.1) : 0.02
     }
 
     contentItem: ButtonLabel {
         iconName: button.iconName
         text: button.text
         color: WindowPalette.text
-        opacity: button.enabled ? 1 : 0.42
+        opacity: button.isAvailable ? 1 : 0.42
         size: 15
         weight: Font.Bold
     }

@@ -14,7 +14,7 @@ StyledButton {
 
     background: ButtonShape {
         color: button.backgroundColor
-        fillOpacity: button.enabled ? button.whilePressed(0.96, 0.86) : 0.42
+        fillOpacity: button.isAvailable ? button.whilePressed(0.96, 0.86) : 0.42
         shadowOpacity: 0.12
         shadowBlur: 10
         shadowOffset: 4
@@ -22,7 +22,7 @@ StyledButton {
         ContinuousRectangle {
             anchors.fill: parent
             radius: button.cornerRadius
-            strokeColor: Qt.rgba(1, 1, 1, button.enabled ? 0.55 : 0.2)
+            strokeColor: Qt.rgba(1, 1, 1, button.isAvailable ? 0.55 : 0.2)
             strokeWidth: 1
         }
     }

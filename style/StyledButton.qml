@@ -16,6 +16,9 @@ T.AbstractButton {
     property string helpText
     // The size of the whole while it is pressed.
     property real pressedScale: 1
+    // What the button does can be done: it is enabled where its surroundings are. It looks disabled only by this, so
+    // that a bar that leaves can be disabled as a whole without a change of its look.
+    property bool isAvailable: true
     // The radius of the shape, for the focus ring.
     property real cornerRadius: height / 2
 
@@ -36,12 +39,14 @@ T.AbstractButton {
     implicitWidth: Math.ceil(implicitContentWidth + leftPadding + rightPadding)
     implicitHeight: Math.ceil(implicitContentHeight + topPadding + bottomPadding)
     scale: whilePressed(1, pressedScale)
+    enabled: isAvailable
     hoverEnabled: true
     focusPolicy: Qt.TabFocus
 
     Accessible.role: Accessible.Button
     Accessible.name: text.length > 0 ? text : helpText
     Accessible.description: helpText
+    Accessible.ignored: !!parent && !parent.enabled
     Accessible.onPressAction: if (enabled)
         clicked()
 

@@ -84,7 +84,7 @@ class StyleItemsTest : public QObject {
     QCOMPARE(clicks.count(), 1);
     QVERIFY(!m_button->hasActiveFocus());  // a click does not take the keys away from the window
 
-    m_button->setEnabled(false);
+    m_button->setProperty("isAvailable", false);
     scales.clear();
     QTRY_VERIFY(isFilled(style.opacities[2]));
     QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, kCentre);
@@ -95,7 +95,7 @@ class StyleItemsTest : public QObject {
   // Half of a rim lies outside of the shape: the pixel above the top has half of its opacity.
   void rimsMeetTheEdge() {
     for (const auto& [enabled, opacity] : {std::pair("true", 0.55), std::pair("false", 0.2)}) {
-      load(u"SideIconButtonStyle { backgroundColor: 'transparent'; foregroundColor: 'red'; enabled: %1 }"_qs.arg(
+      load(u"SideIconButtonStyle { backgroundColor: 'transparent'; foregroundColor: 'red'; isAvailable: %1 }"_qs.arg(
           QLatin1String(enabled)));
       QVERIFY(shows(-28.5, over(Qt::white, opacity / 2, kBackdrop)));
     }
@@ -105,6 +105,15 @@ class StyleItemsTest : public QObject {
     m_button->setProperty("isActive", true);
     QTRY_VERIFY(shows(top + 4, kAccent));
     QVERIFY(shows(top - 0.5, kBackdrop));
+  }
+
+  // A bar that leaves is disabled as a whole.
+  void disabledSurroundingsLeaveTheLookAlone() {
+    load(QStringLiteral("Item { width: 34; height: 34; IconChromeButtonStyle {} }"));
+    QVERIFY(shows(0, over(Qt::black, 0.06, kBackdrop)));
+    m_button->setEnabled(false);
+    QVERIFY(shows(0, over(Qt::black, 0.06, kBackdrop)));
+    QVERIFY(!m_button->childItems().first()->isEnabled());
   }
 
   void keysAndAssistiveTechnologyClick() {

@@ -74,6 +74,28 @@ class MotionUiTest : public QObject {
         {120, 0.5, kEaseOut}, [=] { return photo->displayedScale(); }, [&] { window.library.showNext(); }));
   }
 
+  void aSelectionThatBeginsJumpsNowhere() {
+    OnlyWindow window(m_folder.url());
+    QTRY_COMPARE(window.app.thumbnailQueue().pendingCount(), 0);
+    window.view.shown()->dismissNewStatus();
+    QTest::mouseMove(&window.window, window.rectOf("0.jpg").center());
+    const QRect tile = window.rectOf("0.jpg");
+    const auto border = [&] { return window.grab().pixelColor(tile.left(), tile.center().y()); };
+    const QColor accent(31, 111, 95);
+    QTRY_COMPARE(border(), accent);  // of the current photo
+    AnimationClock clock;
+    const QImage before = window.grab();
+    window.click("0.jpg", Qt::ControlModifier);
+    clock.pass(0);
+    QCOMPARE(window.grab(), before);
+    QVERIFY(!window.shows("Choose Folder") && !window.shows("Sort order"));  // they leave, and do nothing any more
+    for (int time = 0; time < 200; time += 20) {
+      QCOMPARE(border(), accent);
+      clock.pass(20);
+    }
+    QVERIFY(window.grab() != before && window.shows("Clear"));
+  }
+
  private:
   const Photos m_folder{200};
 };
