@@ -12,8 +12,4 @@ PhotoThumbnailTile {
     Accessible.selected: tile.isCurrentlyViewing
     Accessible.onPressAction: tile.click(Qt.NoModifier)
     Accessible.onToggleAction: tile.click(Qt.ControlModifier)
-
-    HoverHandler {
-        cursorShape: Qt.PointingHandCursor
-    }
 }

@@ -1,6 +1,3 @@
-// Components for a Loader cannot be bound in Qt 6.4, and without that the linter knows no ids of the file inside them.
-// qmllint disable unqualified
-
 import QtQuick
 import Lumagrid.Style
 
@@ -26,15 +23,8 @@ Text {
         font: root.font
     }
 
-    HoverHandler {
-        id: hover
-    }
-
-    Loader {
-        active: root.truncated && hover.hovered
-        sourceComponent: ToolTipBubble {
-            target: root
-            text: root.text
-        }
+    ToolTip {
+        text: root.truncated ? root.text : ""
+        delay: 0
     }
 }

@@ -1,6 +1,3 @@
-// Components for a Loader cannot be bound in Qt 6.4, and without that the linter knows no ids of the file inside them.
-// qmllint disable unqualified
-
 import QtQuick
 import QtQuick.Templates as T
 import Lumagrid.Style
@@ -60,9 +57,11 @@ T.AbstractButton {
         }
     }
 
-    HoverHandler {
-        cursorShape: Qt.PointingHandCursor
-        enabled: button.enabled
+    // No HoverHandler: an item with one takes every button of the mouse.
+    MouseArea {
+        anchors.fill: parent
+        acceptedButtons: Qt.NoButton
+        cursorShape: button.enabled ? Qt.PointingHandCursor : Qt.ArrowCursor
     }
 
     ContinuousRectangle {
@@ -74,23 +73,7 @@ T.AbstractButton {
         visible: button.visualFocus
     }
 
-    Timer {
-        id: tooltipDelay
-
-        interval: 700
-        running: button.hovered && !button.pressed && button.helpText.length > 0
-        onRunningChanged: if (!running && !button.hovered)
-            tooltip.active = false
-        onTriggered: tooltip.active = true
-    }
-
-    Loader {
-        id: tooltip
-
-        active: false
-        sourceComponent: ToolTipBubble {
-            target: button
-            text: button.helpText
-        }
+    ToolTip {
+        text: button.helpText
     }
 }

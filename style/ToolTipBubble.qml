@@ -3,31 +3,21 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Lumagrid.Style
 
-// A short plain text on a small card below its target (above it where there is no room), over everything else in the
-// target's window. It exists only while it is shown.
+// A short plain text on a small card, over everything else in the window of its area.
 Item {
     id: bubble
 
-    required property Item target
-    required property string text
+    required property ToolTipArea area
+    readonly property point place: area.positionOf(Qt.size(width, height))
 
-    readonly property Item surface: target.Window.contentItem
-
-    function place(): void {
-        if (!surface)
-            return;
-        const below = target.mapToItem(surface, target.width / 2, target.height + 8);
-        const above = target.mapToItem(surface, target.width / 2, -8);
-        x = Math.round(Math.max(8, Math.min(below.x - width / 2, surface.width - width - 8)));
-        y = Math.round(below.y + height + 8 <= surface.height ? below.y : above.y - height);
-    }
-
-    parent: surface
+    parent: area.Window.contentItem
     z: 1000
+    x: place.x
+    y: place.y
     width: Math.ceil(label.width) + 20
     height: Math.ceil(label.height) + 12
-    Accessible.ignored: true
-    Component.onCompleted: place()
+    Accessible.role: Accessible.ToolTip
+    Accessible.name: area.text
 
     ShapeShadow {
         anchors.fill: parent
@@ -51,7 +41,7 @@ Item {
         anchors.centerIn: parent
         width: Math.min(implicitWidth, 480)
         wrapMode: Text.Wrap
-        text: bubble.text
+        text: bubble.area.text
         textFormat: Text.PlainText
         font: Fonts.system(12, Font.Normal)
         color: WindowPalette.text

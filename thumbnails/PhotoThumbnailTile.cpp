@@ -26,6 +26,7 @@ QByteArray loadKey(const PhotoItem& photo, double side) {
 PhotoThumbnailTile::PhotoThumbnailTile(QQuickItem* parent) : QQuickItem(parent) {
   setFlag(ItemHasContents);
   setAcceptedMouseButtons(Qt::LeftButton);
+  setCursor(Qt::PointingHandCursor);
   m_marks.setEasingCurve(Curves::easeOut());
   m_marks.setDuration(kCheckAnimationMs);
   m_marks.setStartValue(QPointF());

@@ -8,9 +8,11 @@
 #include <QTest>
 #include <array>
 #include <cmath>
+#include <functional>
 
 #include "Palette.h"
 #include "SpinnerClock.h"
+#include "ToolTipArea.h"
 
 Q_IMPORT_QML_PLUGIN(Lumagrid_StylePlugin)
 
@@ -116,6 +118,50 @@ class StyleItemsTest : public QObject {
     QVERIFY(!m_button->childItems().first()->isEnabled());
   }
 
+  void toolTipsStandBelowWithinTheWindow_data() {
+    QTest::addColumn<QRectF>("item");
+    QTest::addColumn<QPointF>("position");  // of 80 x 24 points, in a window of 400 x 300
+    QTest::newRow("centred below the item") << QRectF(100, 50, 41, 30) << QPointF(81, 88);
+    QTest::newRow("not beyond the left edge") << QRectF(0, 50, 30, 30) << QPointF(8, 88);
+    QTest::newRow("nor beyond the right one") << QRectF(380, 50, 20, 30) << QPointF(312, 88);
+    QTest::newRow("just above the lower edge") << QRectF(100, 230, 40, 30) << QPointF(80, 268);
+    QTest::newRow("above the item where there is no room below") << QRectF(100, 231, 40, 30) << QPointF(80, 199);
+  }
+
+  void toolTipsStandBelowWithinTheWindow() {
+    QFETCH(const QRectF, item);
+    QTEST(ToolTipArea::positionOf({80, 24}, item, {400, 300}), "position");
+  }
+
+  void toolTipsLeave_data() {
+    QTest::addColumn<std::function<void()>>("event");
+    const auto row = [](const char* name, std::function<void()> event) { QTest::newRow(name) << std::move(event); };
+    row("with the pointer", [this] { QTest::mouseMove(m_view.get(), {5, 5}); });
+    row("with a press of any button", [this] { QTest::mousePress(m_view.get(), Qt::RightButton, {}, {5, 5}); });
+    row("with a key", [this] { QTest::keyClick(m_view.get(), Qt::Key_A); });
+    row("with a dialog", [this] { send(QEvent(QEvent::WindowBlocked)); });
+    row("with another window", [this] { send(QFocusEvent(QEvent::FocusOut)); });
+    row("when the item is hidden", [this] { m_button->childItems().first()->setVisible(false); });
+    row("when the item is disabled", [this] { m_button->childItems().first()->setEnabled(false); });
+    row("when the item is gone", [this] { delete m_button->childItems().first(); });
+    row("with its text", [this] { m_view->findChild<ToolTipArea*>()->setProperty("text", QString()); });
+  }
+
+  void toolTipsLeave() {
+    QFETCH(const std::function<void()>, event);
+    const QString item = QStringLiteral("Item { width: 30; height: 30; ToolTip { text: 'a'; delay: 0 } } ");
+    load(QStringLiteral("Row { %1 %1 }").arg(item));
+    const auto shown = [this](int index) { return m_view->findChildren<ToolTipArea*>()[index]->isShown(); };
+    const auto bubbles = [this] { return m_view->contentItem()->childItems().size() - 1; };
+    QTest::mouseMove(m_view.get(), kCentre + QPoint(15, 0));
+    QTRY_VERIFY(shown(1));
+    QTest::mouseMove(m_view.get(), kCentre - QPoint(15, 0));
+    QTRY_VERIFY(shown(0) && !shown(1));
+    QCOMPARE(bubbles(), 1);
+    event();
+    QTRY_COMPARE(bubbles(), 0);
+  }
+
   void keysAndAssistiveTechnologyClick() {
     load(QStringLiteral("GridPresetButtonStyle { text: '9'; helpText: '3 x 3 grid'; isActive: true }"));
     QSignalSpy clicks(m_button, SIGNAL(clicked()));
@@ -173,6 +219,11 @@ class StyleItemsTest : public QObject {
 
  private:
   static constexpr QPoint kCentre{100, 100};
+
+  template <typename Event>
+  void send(Event event) {
+    QCoreApplication::sendEvent(m_view.get(), &event);
+  }
 
   void load(const QString& qml) {
     m_view = std::make_unique<QQuickView>();

@@ -1,3 +1,5 @@
+#include <QSignalSpy>
+
 #include "UiWindow.h"
 
 using namespace lumagrid;
@@ -57,6 +59,60 @@ class GridUiTest : public QObject {
     QTRY_VERIFY(checkedTiles(window).isEmpty() && window.shows("Choose Folder") && window.shows("Sort order"));
     QTRY_VERIFY(!window.shows("Clear") && !window.shows("Delete"));
     QCOMPARE(window.rectOf("Choose Folder"), chooseFolder);
+  }
+
+  void onlyTheLeftButtonClicks() {
+    OnlyWindow window(m_folder.url());
+    constexpr auto kLeft = Qt::LeftButton;
+    constexpr auto kRight = Qt::RightButton;
+    // What is held, one after the other, and the clicks that it makes.
+    const QList<std::pair<QList<Qt::MouseButtons>, int>> presses{
+        {{kLeft, {}}, 1},
+        {{kRight, {}}, 0},
+        {{Qt::MiddleButton, {}}, 0},
+        {{Qt::BackButton, {}}, 0},
+        {{kLeft, kLeft | kRight, kLeft, {}}, 1},
+        {{kLeft, kLeft | kRight, kRight, {}}, 1},
+        {{kRight, kLeft | kRight, kRight, {}}, 1},
+        {{kRight, kLeft | kRight, kLeft, {}}, 1},
+    };
+    for (const auto& [buttons, clicks] : presses) {
+      const auto press = [&, &held = buttons](QAnyStringView name, Qt::KeyboardModifiers modifiers = {}) {
+        const QPoint position = window.rectOf(name).center();
+        for (const Qt::MouseButtons now : held) window.pointTo(position, now, modifiers);
+      };
+      QSignalSpy toggles(&window.library, &PhotoLibrary::selectedIndicesChanged);
+      press(photoName(5), Qt::ControlModifier);
+      QCOMPARE(toggles.count(), clicks);
+      window.library.clearSelection();
+      QTRY_VERIFY(window.shows(kFewer));
+      window.view.setGridDimension(6);
+      press(kFewer);
+      QCOMPARE(window.view.gridDimension(), 6 - clicks);
+      window.platform.popupMenu.entries.clear();
+      press("Lumagrid");
+      QCOMPARE(!window.platform.popupMenu.entries.empty(), clicks > 0);
+      if (clicks == 0) press(photoName(5));
+      QVERIFY(window.view.showsGrid());
+    }
+  }
+
+  void tooltipsComeAndLeave() {
+    OnlyWindow window(m_folder.url());
+    const auto isShown = [&window](const char* text) { return window.find(text, QAccessible::ToolTip) != nullptr; };
+    const auto hover = [&](const char* name) { window.pointTo(window.rectOf(name).center()); };
+    const auto position = [&window] { return window.find("Sort order", QAccessible::ToolTip)->rect().topLeft(); };
+    hover(kMore);
+    QTRY_VERIFY(isShown(kMore));
+    hover("Sort order");
+    QTRY_VERIFY(isShown("Sort order"));
+    QVERIFY(!isShown(kMore) && position().y() > window.window.y() + window.rectOf("Sort order").bottom());
+    window.click("Sort order");  // the menu that opens is not covered
+    QVERIFY(!isShown("Sort order"));
+    hover(kFewer);
+    QTRY_VERIFY(isShown(kFewer));
+    window.view.handleTileClick(0, Qt::NoModifier);  // the other stage takes the button's place
+    QTRY_VERIFY(!isShown(kFewer) && window.shows("Next photo"));
   }
 
   void theSelectionIsMovedAfterAQuestion() {

@@ -50,8 +50,8 @@ class MotionUiTest : public QObject {
     const QQuickItem* preset = itemOf("16");
     const QPoint press = window.rectOf("16").center();
     QVERIFY(moves(
-        {120, 0.5, kEaseOut}, [=] { return preset->scale(); }, [&] { QTest::mousePress(&window.window, Qt::LeftButton, {}, press); }));
-    QTest::mouseRelease(&window.window, Qt::LeftButton, {}, press);
+        {120, 0.5, kEaseOut}, [=] { return preset->scale(); }, [&] { window.pointTo(press, Qt::LeftButton); }));
+    window.pointTo(press);
     const QQuickItem* chooseFolder = itemOf("Choose Folder");
     const auto opacity = [=] { return chooseFolder->opacity(); };
     QVERIFY(moves({180, 0.25, kEaseInOut}, opacity, [&] { window.library.toggleSelection(1); }));
@@ -78,7 +78,7 @@ class MotionUiTest : public QObject {
     OnlyWindow window(m_folder.url());
     QTRY_COMPARE(window.app.thumbnailQueue().pendingCount(), 0);
     window.view.shown()->dismissNewStatus();
-    QTest::mouseMove(&window.window, window.rectOf("0.jpg").center());
+    window.pointTo(window.rectOf("0.jpg").center());
     const QRect tile = window.rectOf("0.jpg");
     const auto border = [&] { return window.grab().pixelColor(tile.left(), tile.center().y()); };
     const QColor accent(31, 111, 95);

@@ -201,6 +201,20 @@ class PhotoUiTest : public QObject {
     drag({7, 7});  // within ten points
     drag({10, 10});
     QTRY_VERIFY(isZoomed(window, 3, {50, -15}));
+    const QPoint start = window.middle();
+    for (const auto button : {Qt::RightButton, Qt::MiddleButton, Qt::BackButton}) {
+      QTest::mouseDClick(&window.window, button, {}, start);
+      window.pointTo(start, button);
+      for (const QPoint end : {QPoint(20, 20), QPoint(50, 50)}) window.pointTo(start + end, button);
+      window.pointTo(start + QPoint(50, 50));
+      QVERIFY(isZoomed(window, 3, {50, -15}));
+    }
+    window.pointTo(start, Qt::LeftButton);
+    window.pointTo(start + QPoint(20, 0), Qt::LeftButton | Qt::RightButton);
+    window.pointTo(start + QPoint(40, 0), Qt::LeftButton);
+    window.pointTo(start + QPoint(60, 0), Qt::LeftButton);
+    window.pointTo(start + QPoint(60, 0));
+    QTRY_VERIFY(isZoomed(window, 3, {110, -15}));
     for (int time = 0; time < 2; ++time) {  // it is no toggle
       QTest::mouseDClick(&window.window, Qt::LeftButton, {}, window.middle());
       QTRY_VERIFY(isZoomed(window, 1));

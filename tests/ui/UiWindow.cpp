@@ -76,6 +76,20 @@ void UiWindow::click(QAnyStringView name, Qt::KeyboardModifiers modifiers) {
   QTest::mouseClick(&window, Qt::LeftButton, modifiers, rect.center());
 }
 
+void UiWindow::pointTo(QPoint position, Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers) {
+  const auto send = [&](QEvent::Type type, Qt::MouseButton button) {
+    QMouseEvent event(type, position, window.mapToGlobal(position), button, m_heldButtons, modifiers);
+    QCoreApplication::sendEvent(&window, &event);
+  };
+  send(QEvent::MouseMove, Qt::NoButton);
+  for (const auto button : {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton, Qt::BackButton}) {
+    const bool isHeld = buttons.testFlag(button);
+    if (isHeld == m_heldButtons.testFlag(button)) continue;
+    m_heldButtons.setFlag(button, isHeld);
+    send(isHeld ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease, button);
+  }
+}
+
 void UiWindow::turnWheel(int angle, Qt::KeyboardModifiers modifiers, int pixels) {
   QWheelEvent event(middle(), window.mapToGlobal(middle()), {0, pixels}, {0, angle}, Qt::NoButton, modifiers,
                     Qt::NoScrollPhase, false);

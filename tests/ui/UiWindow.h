@@ -52,6 +52,8 @@ class UiWindow {
 
   void click(QAnyStringView name, Qt::KeyboardModifiers modifiers = {});
   void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&window, key, modifiers); }
+  // Moves the mouse to `position`; there it presses and releases what it takes to hold `buttons`.
+  void pointTo(QPoint position, Qt::MouseButtons buttons = {}, Qt::KeyboardModifiers modifiers = {});
   // `angle` in eighths of a degree; `pixels`, where there are any, scroll by exact points.
   void turnWheel(int angle, Qt::KeyboardModifiers modifiers = {}, int pixels = 0);
   // Two fingers on a touch pad, over the middle of the window; magnifications are relative to the start.
@@ -66,6 +68,7 @@ class UiWindow {
 
  private:
   UiApp& m_app;
+  Qt::MouseButtons m_heldButtons;
 };
 
 // An application with one window.
