@@ -1,5 +1,7 @@
 #include "Icon.h"
 
+#include <cmath>
+
 #include "IconImage.h"
 #include "NinePatchNode.h"
 #include "PixelGrid.h"
@@ -23,11 +25,15 @@ Icon::Icon(QQuickItem* parent) : PictureItem(parent) {
 QSGNode* Icon::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
   auto* node = old ? static_cast<NinePatchNode*>(old) : new NinePatchNode;
   const double ratio = window()->effectiveDevicePixelRatio();
-  const QImage image = iconImage(iconNamed(m_name), m_size, iconWeight(m_weight), m_color.rgb(), ratio);
+  const QImage image = iconImage(iconNamed(m_name), m_size, iconWeight(m_weight), m_color.rgb(), ratio, m_blur);
   const double side = iconSide(m_size);
+  // Nothing of it is stretched.
+  const NinePatch patch{.image = image,
+                        .fixed = {image.width(), image.height(), 0, 0},
+                        .outset = (image.width() - int(std::lround(side * ratio))) / 2};
   QRectF square(0, 0, side, side);
   square.moveCenter(boundingRect().center());
-  node->setPatch(window(), {.image = image}, square.translated(offsetToPixelGrid(*this, square.topLeft())), ratio);
+  node->setPatch(window(), patch, square.translated(offsetToPixelGrid(*this, square.topLeft())), ratio);
   node->setOpacity(m_color.alphaF());
   return node;
 }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <utility>
 
+#include "GaussianBlur.h"
 #include "IconPainter.h"
 #include "MemoryCache.h"
 
@@ -34,13 +35,14 @@ struct Key {
   IconWeight weight;
   QRgb color;
   int pixels;
+  double sigma;
 
   friend bool operator==(const Key&, const Key&) = default;
 };
 
 struct KeyHash {
   std::size_t operator()(const Key& key) const {
-    return qHashMulti(0, int(key.name), int(key.weight), key.color, key.pixels);
+    return qHashMulti(0, int(key.name), int(key.weight), key.color, key.pixels, key.sigma);
   }
 };
 
@@ -69,21 +71,24 @@ double iconSide(double fontSize) {
   return 2 * std::round(fontSize * 1.25 / 2);
 }
 
-QImage iconImage(IconName name, double fontSize, IconWeight weight, QRgb color, double devicePixelRatio) {
+QImage iconImage(IconName name, double fontSize, IconWeight weight, QRgb color, double devicePixelRatio, double blur) {
   static MemoryCache<Key, QImage, KeyHash> cache(kIconCacheBytes);
 
   const int pixels = int(std::lround(iconSide(fontSize) * devicePixelRatio));
   if (name == IconName::none || pixels <= 0) return {};
-  const Key key{name, weight, color | 0xff000000, pixels};
+  const Key key{name, weight, color | 0xff000000, pixels, blur / 2 * devicePixelRatio};
   if (const auto found = cache.object(key)) return *found;
-  QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+  const int outset = blurReach(key.sigma);
+  QImage image(pixels + 2 * outset, pixels + 2 * outset, QImage::Format_ARGB32_Premultiplied);
   image.fill(Qt::transparent);
   {
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(outset, outset);
     painter.scale(pixels / kIconGrid, pixels / kIconGrid);
     IconPainter(painter, QColor(key.color), strokeWidth(weight)).draw(name);
   }
+  if (outset > 0) image = blurredShadow(image, key.sigma, key.color);
   cache.setObject(key, image, std::size_t(image.sizeInBytes()));
   return image;
 }

@@ -32,7 +32,9 @@ enum class IconWeight { medium, semibold, bold };
 [[nodiscard]] double iconSide(double fontSize);
 
 // The icon, iconSide(fontSize) points square, in device pixels at `devicePixelRatio`; premultiplied ARGB, drawn opaque
-// in `color`. Cached for the process. Any thread.
-[[nodiscard]] QImage iconImage(IconName name, double fontSize, IconWeight weight, QRgb color, double devicePixelRatio);
+// in `color`. With a `blur`, points, it is the icon's shadow instead: under a Gaussian of sigma blur / 2, and larger on
+// every side by what that reaches. Cached for the process. Any thread.
+[[nodiscard]] QImage iconImage(IconName name, double fontSize, IconWeight weight, QRgb color, double devicePixelRatio,
+                               double blur = 0);
 
 }  // namespace lumagrid

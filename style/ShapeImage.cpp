@@ -4,9 +4,9 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 #include "ContinuousPath.h"
+#include "GaussianBlur.h"
 #include "MemoryCache.h"
 
 namespace lumagrid {
@@ -30,57 +30,6 @@ struct PixelShapeHash {
   }
 };
 
-std::vector<float> gaussianKernel(double sigma, int reach) {
-  std::vector<float> kernel(std::size_t(reach) + 1);
-  float sum = 0;
-  for (int i = 0; i <= reach; ++i) {
-    kernel[i] = float(std::exp(-i * i / (2 * sigma * sigma)));
-    sum += i == 0 ? kernel[i] : 2 * kernel[i];
-  }
-  for (float& value : kernel) value /= sum;
-  return kernel;
-}
-
-// Convolves each row of `source`, and writes it as a column of the result.
-std::vector<float> blurredAndTransposed(const std::vector<float>& source, int width, int height,
-                                        const std::vector<float>& kernel) {
-  const int reach = int(kernel.size()) - 1;
-  std::vector<float> result(source.size());
-  for (int y = 0; y < height; ++y) {
-    const float* row = source.data() + std::size_t(y) * width;
-    for (int x = 0; x < width; ++x) {
-      float sum = 0;
-      for (int i = std::max(-reach, -x); i <= std::min(reach, width - 1 - x); ++i) {
-        sum += row[x + i] * kernel[std::abs(i)];
-      }
-      result[std::size_t(x) * height + y] = sum;
-    }
-  }
-  return result;
-}
-
-QImage blurred(const QImage& image, double sigma, int reach, QRgb color) {
-  const int width = image.width();
-  const int height = image.height();
-  std::vector<float> alpha(std::size_t(width) * height);
-  for (int y = 0; y < height; ++y) {
-    const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
-    for (int x = 0; x < width; ++x) alpha[std::size_t(y) * width + x] = float(qAlpha(line[x]));
-  }
-  const auto kernel = gaussianKernel(sigma, reach);
-  alpha = blurredAndTransposed(alpha, width, height, kernel);
-  alpha = blurredAndTransposed(alpha, height, width, kernel);
-  QImage result(image.size(), QImage::Format_ARGB32_Premultiplied);
-  for (int y = 0; y < height; ++y) {
-    auto* line = reinterpret_cast<QRgb*>(result.scanLine(y));
-    for (int x = 0; x < width; ++x) {
-      const int a = std::clamp(int(std::lround(alpha[std::size_t(y) * width + x])), 0, 255);
-      line[x] = qPremultiply(qRgba(qRed(color), qGreen(color), qBlue(color), a));
-    }
-  }
-  return result;
-}
-
 QImage draw(const PixelShape& key, int outset) {
   QImage image(key.size + QSize(2 * outset, 2 * outset), QImage::Format_ARGB32_Premultiplied);
   image.fill(Qt::transparent);
@@ -97,7 +46,7 @@ QImage draw(const PixelShape& key, int outset) {
   }
   painter.end();
   if (key.shape.part == Shape::Part::shadow && outset > 0) {
-    return blurred(image, key.shape.extent / 2, outset, key.shape.color);
+    return blurredShadow(image, key.shape.extent / 2, key.shape.color);
   }
   return image;
 }
@@ -133,7 +82,7 @@ NinePatch shapeImage(const Shape& shape, QSizeF size, double devicePixelRatio) {
     outset = int(std::ceil(key.shape.extent / 2 - 1e-6));
     depth = std::max(corner, outset);
   } else if (shape.part == Shape::Part::shadow) {
-    outset = int(std::ceil(3 * key.shape.extent / 2 - 1e-6));
+    outset = blurReach(key.shape.extent / 2);
     depth = corner + outset;
   }
   const Axis horizontal = axisFor(pixels.width(), depth);

@@ -18,6 +18,10 @@ StyledButton {
         shadowOpacity: 0.12
         shadowBlur: 10
         shadowOffset: 4
+        iconName: button.iconName
+        iconSize: 20
+        iconWeight: Font.Bold
+        iconOpacity: button.foregroundColor.a
 
         ContinuousRectangle {
             anchors.fill: parent

@@ -118,6 +118,15 @@ class StyleItemsTest : public QObject {
     QVERIFY(!m_button->childItems().first()->isEnabled());
   }
 
+  void theIconCastsAShadowThroughItsFill() {
+    load(
+        QStringLiteral("SideIconButtonStyle { iconName: 'checkmarkCircleFill'; backgroundColor: 'transparent'; "
+                       "foregroundColor: 'white' }"));
+    // Just outside of the disc, 11 points from its middle, and 8 from that of its shadow; the sigma is 5 points.
+    QVERIFY(shows(12.5, over(Qt::black, 0.12 * 0.6, kBackdrop), 5));
+    QVERIFY(shows(-24.5, kBackdrop));
+  }
+
   void toolTipsStandBelowWithinTheWindow_data() {
     QTest::addColumn<QRectF>("item");
     QTest::addColumn<QPointF>("position");  // of 80 x 24 points, in a window of 400 x 300
@@ -242,11 +251,11 @@ class StyleItemsTest : public QObject {
   }
 
   // Whether the picture has the colour, `y` points below the button's centre.
-  bool shows(double y, QColor color) const {
+  bool shows(double y, QColor color, int tolerance = 2) const {
     const QPointF point = m_button->mapToScene(QPointF(m_button->width() / 2, m_button->height() / 2 + y));
     const QColor found = m_view->grabWindow().pixelColor(int(std::floor(point.x())), int(std::floor(point.y())));
-    return std::abs(found.red() - color.red()) <= 2 && std::abs(found.green() - color.green()) <= 2 &&
-           std::abs(found.blue() - color.blue()) <= 2;
+    return std::abs(found.red() - color.red()) <= tolerance && std::abs(found.green() - color.green()) <= tolerance &&
+           std::abs(found.blue() - color.blue()) <= tolerance;
   }
 
   std::unique_ptr<QQuickView> m_view;
