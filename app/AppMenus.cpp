@@ -27,7 +27,7 @@ bool AppMenus::fileMenuHasEntries() const {
 std::vector<MenuEntry> AppMenus::fileMenu() {
   if (!fileMenuHasEntries()) return {};
   MenuEntry openRecent;
-  openRecent.title = QStringLiteral("Open Recent");
+  openRecent.title = tr("Open Recent");
   for (const FileUrl& url : m_recentFolders.urls()) {
     MenuEntry folder;
     folder.title = url.displayName();
@@ -36,7 +36,7 @@ std::vector<MenuEntry> AppMenus::fileMenu() {
   }
   openRecent.submenu.emplace_back();
   MenuEntry clear;
-  clear.title = QStringLiteral("Clear Recents");
+  clear.title = tr("Clear Recents");
   clear.action = [this] { m_recentFolders.clear(); };
   openRecent.submenu.push_back(std::move(clear));
   return {std::move(openRecent)};
@@ -44,17 +44,17 @@ std::vector<MenuEntry> AppMenus::fileMenu() {
 
 std::vector<MenuEntry> AppMenus::applicationMenu() {
   MenuEntry about;
-  about.title = QStringLiteral("About Lumagrid");
+  about.title = tr("About Lumagrid");
   about.action = [this] {
     m_dialogs.run([this] {
       (void)m_alert.runModal({QStringLiteral("Lumagrid %1").arg(QCoreApplication::applicationVersion()),
-                              QStringLiteral("A photo browser: a folder of pictures as a grid."),
-                              {QStringLiteral("Close")},
+                              tr("A photo browser: a folder of pictures as a grid."),
+                              {tr("Close")},
                               AlertRequest::Style::information});
     });
   };
   MenuEntry quit;
-  quit.title = QStringLiteral("Quit");
+  quit.title = tr("Quit");
   quit.shortcut = QStringLiteral("Ctrl+Q");
   quit.action = [this] { this->quit(); };
   return {std::move(about), {}, std::move(quit)};

@@ -18,7 +18,7 @@ Row {
     }
 
     MainMenuButton {
-        text: "File"
+        text: qsTr("File")
         isAvailable: root.menus.fileMenuHasEntries
         onClicked: root.menus.openFileMenu(Window.window, mapToGlobal(0, height + 2))
     }

@@ -54,7 +54,7 @@ void ContentView::openSortMenu(QWindow* window, QPointF position) {
   std::vector<MenuEntry> entries;
   for (const SortOrder order : kAllSortOrders) {
     MenuEntry entry;
-    entry.title = rawValue(order);
+    entry.title = menuTitle(order);
     entry.mark = order == m_library.sortOrder() ? MenuEntry::Mark::check : MenuEntry::Mark::none;
     entry.action = [this, order] {
       m_shared.dialogs.afterwards(this, [this, order] { m_library.setSortOrder(order); });

@@ -22,8 +22,8 @@ StageShell {
         Item {
             PlaceholderContent {
                 anchors.centerIn: parent
-                title: "No photo selected"
-                subtitle: "Go back to the grid and choose a photo to start browsing."
+                title: qsTr("No photo selected")
+                subtitle: qsTr("Go back to the grid and choose a photo to start browsing.")
             }
         }
     }
@@ -109,7 +109,7 @@ StageShell {
         iconName: "chevronLeft"
         backgroundColor: WindowPalette.softButton
         foregroundColor: WindowPalette.text
-        helpText: "Previous photo"
+        helpText: qsTr("Previous photo")
         isAvailable: root.view.shown.hasPreviousPhoto
         onClicked: root.view.showPrevious()
     }
@@ -126,7 +126,7 @@ StageShell {
             iconName: "chevronRight"
             backgroundColor: WindowPalette.softButton
             foregroundColor: WindowPalette.text
-            helpText: "Next photo"
+            helpText: qsTr("Next photo")
             isAvailable: root.view.shown.canGoNext
             onClicked: root.view.showNext()
         }
@@ -135,7 +135,7 @@ StageShell {
             iconName: "trash"
             backgroundColor: WindowPalette.danger
             foregroundColor: "white"
-            helpText: "Move current photo to Trash"
+            helpText: qsTr("Move current photo to Trash")
             isAvailable: root.view.shown.hasCurrentPhoto
             onClicked: root.view.deleteCurrentPhoto()
         }

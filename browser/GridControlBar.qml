@@ -22,7 +22,7 @@ ChromeBar {
         IconChromeButtonStyle {
             anchors.verticalCenter: parent.verticalCenter
             iconName: "minusMagnifyingGlass"
-            helpText: "Zoom in to show fewer thumbnails"
+            helpText: qsTr("Zoom in to show fewer thumbnails")
             isAvailable: root.view.gridDimension >= 3
             onClicked: root.view.setGridDimension(root.view.gridDimension - 1)
         }
@@ -37,8 +37,8 @@ ChromeBar {
                 readonly property int columns: root.view.presetColumns(modelData)
 
                 anchors.verticalCenter: parent.verticalCenter
-                text: modelData
-                helpText: "%1 x %1 grid".arg(columns)
+                text: qsTr("%1").arg(modelData)
+                helpText: qsTr("%1 x %1 grid").arg(columns)
                 isActive: root.view.gridDimension === columns
                 onClicked: root.view.setGridDimension(columns)
             }
@@ -47,7 +47,7 @@ ChromeBar {
         IconChromeButtonStyle {
             anchors.verticalCenter: parent.verticalCenter
             iconName: "plusMagnifyingGlass"
-            helpText: "Zoom out to show more thumbnails"
+            helpText: qsTr("Zoom out to show more thumbnails")
             isAvailable: root.view.gridDimension <= 5
             onClicked: root.view.setGridDimension(root.view.gridDimension + 1)
         }
@@ -70,7 +70,7 @@ ChromeBar {
 
             anchors.verticalCenter: parent.verticalCenter
             iconName: "arrowUpArrowDown"
-            helpText: "Sort order"
+            helpText: qsTr("Sort order")
             onClicked: root.view.openSortMenu(Window.window, sort.mapToGlobal(0, sort.height + 4))
         }
     }

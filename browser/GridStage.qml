@@ -32,8 +32,8 @@ StageShell {
         Item {
             PlaceholderContent {
                 anchors.centerIn: parent
-                title: "Choose a folder to start browsing."
-                subtitle: "Use the folder button, then pinch to zoom the grid or click any photo to open it."
+                title: qsTr("Choose a folder to start browsing.")
+                subtitle: qsTr("Use the folder button, then pinch to zoom the grid or click any photo to open it.")
             }
         }
     }

@@ -59,9 +59,9 @@ Item {
         x: 22
         y: 22
         visible: !root.view.showsGrid
-        text: "Grid"
+        text: qsTr("Grid")
         iconName: "squareGrid3x3Fill"
-        helpText: "Back to grid (Esc)"
+        helpText: qsTr("Back to grid (Esc)")
         backgroundColor: WindowPalette.withOpacity(WindowPalette.windowBackground, 0.92)
         foregroundColor: WindowPalette.text
         onClicked: root.view.exitDetailMode()
@@ -79,7 +79,7 @@ Item {
         anchors.right: parent.right
         anchors.rightMargin: 22
         y: 22 + Math.round((root.rowHeight - height) / 2)
-        text: "Choose Folder"
+        text: qsTr("Choose Folder")
         iconName: "folderBadgePlus"
         backgroundColor: WindowPalette.accent
         foregroundColor: "white"

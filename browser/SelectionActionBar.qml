@@ -44,7 +44,7 @@ ChromeBar {
 
         Text {
             anchors.verticalCenter: parent.verticalCenter
-            text: "%1 selected".arg(root.shownCount)
+            text: qsTr("%n selected", "", root.shownCount)
             textFormat: Text.PlainText
             font: Fonts.system(14, Font.DemiBold)
             color: WindowPalette.text
@@ -63,14 +63,14 @@ ChromeBar {
         spacing: 10
 
         ChromeButtonStyle {
-            text: "Clear"
+            text: qsTr("Clear")
             backgroundColor: WindowPalette.withOpacity(WindowPalette.windowBackground, 0.92)
             foregroundColor: WindowPalette.text
             onClicked: root.view.clearSelection()
         }
 
         ChromeButtonStyle {
-            text: "Delete"
+            text: qsTr("Delete")
             iconName: "trash"
             backgroundColor: WindowPalette.danger
             foregroundColor: "white"

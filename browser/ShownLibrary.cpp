@@ -28,7 +28,7 @@ ShownLibrary::ShownLibrary(const PhotoLibrary& library, QObject* parent)
 
 QString ShownLibrary::currentName() const {
   const PhotoItem* photo = m_library.currentPhoto();
-  return photo ? photo->displayName() : QStringLiteral("No photo selected");
+  return photo ? photo->displayName() : tr("No photo selected");
 }
 
 void ShownLibrary::dismissNewStatus() {

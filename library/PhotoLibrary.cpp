@@ -29,8 +29,7 @@ QString PhotoLibrary::counterText() const {
 }
 
 void PhotoLibrary::chooseFolder() {
-  const auto folder =
-      m_services.chooser.chooseFolder(QStringLiteral("Choose a Photo Folder"), QStringLiteral("Choose Folder"));
+  const auto folder = m_services.chooser.chooseFolder(tr("Choose a Photo Folder"), tr("Choose Folder"));
   if (folder) openFolder(*folder);
 }
 

@@ -1,19 +1,33 @@
 #include "SortOrder.h"
 
+#include <QCoreApplication>
+
 namespace lumagrid {
 
-QString rawValue(SortOrder order) {
+namespace {
+
+const char* englishTitle(SortOrder order) {
   switch (order) {
     case SortOrder::nameAscending:
-      return QStringLiteral("Name A\u2013Z");
+      return QT_TRANSLATE_NOOP("SortOrder", "Name A\u2013Z");
     case SortOrder::nameDescending:
-      return QStringLiteral("Name Z\u2013A");
+      return QT_TRANSLATE_NOOP("SortOrder", "Name Z\u2013A");
     case SortOrder::dateNewest:
-      return QStringLiteral("Newest First");
+      return QT_TRANSLATE_NOOP("SortOrder", "Newest First");
     case SortOrder::dateOldest:
-      return QStringLiteral("Oldest First");
+      return QT_TRANSLATE_NOOP("SortOrder", "Oldest First");
   }
   Q_UNREACHABLE();
+}
+
+}  // namespace
+
+QString rawValue(SortOrder order) {
+  return QString::fromUtf8(englishTitle(order));
+}
+
+QString menuTitle(SortOrder order) {
+  return QCoreApplication::translate("SortOrder", englishTitle(order));
 }
 
 std::optional<SortOrder> sortOrderFromRawValue(const QString& text) {

@@ -1,4 +1,5 @@
 #include <QTimer>
+#include <QTranslator>
 
 #include "PhotoThumbnailTile.h"
 #include "PictureStore.h"
@@ -7,6 +8,30 @@
 #include "UiWindow.h"
 
 using namespace lumagrid;
+
+namespace {
+
+// Into a language of brackets.
+struct Brackets : QTranslator {
+  Brackets() { QCoreApplication::installTranslator(this); }
+  [[nodiscard]] bool isEmpty() const override { return false; }
+  QString translate(const char*, const char* source, const char*, int) const override {
+    return u'[' + QString::fromUtf8(source) + u']';
+  }
+};
+
+QSet<QString> textsBelow(QAccessibleInterface* parent) {
+  QSet<QString> texts;
+  for (int i = 0; i < parent->childCount(); ++i) {
+    QAccessibleInterface* child = parent->child(i);
+    if (!child || child->state().invisible) continue;
+    texts.unite({child->text(QAccessible::Name), child->text(QAccessible::Description)});
+    texts.unite(textsBelow(child));
+  }
+  return texts;
+}
+
+}  // namespace
 
 // What belongs to a window as a whole.
 class WindowUiTest : public QObject {
@@ -65,6 +90,42 @@ class WindowUiTest : public QObject {
     app.platform.alert.whileOpen = [&] { left.press(Qt::Key_Q, Qt::ControlModifier); };
     QVERIFY(!quits([&] { app.app.menus().applicationMenu().front().action(); }));  // a dialog is answered first
     QVERIFY(quits([&] { left.press(Qt::Key_Q, Qt::ControlModifier); }));
+  }
+
+  void fixedTextsAreTranslatedAndOthersAreNot() {
+    const Brackets brackets;
+    const Photos folder(3);
+    UiApp app;
+    UiWindow window(app);
+    const auto hasNoOther = [&window](QSet<QString> untranslated) {
+      untranslated.unite({QString(), QStringLiteral("Lumagrid"), window.library.statusMessage()});
+      for (const QString& text : textsBelow(QAccessible::queryAccessibleInterface(&window.window))) {
+        const bool isTranslated = text.startsWith(u'[') && text.endsWith(u']');
+        if (isTranslated == untranslated.contains(text)) return qInfo() << text, false;
+      }
+      return true;
+    };
+    const QSet<QString> names{photoName(0), photoName(1), photoName(2)};
+    QVERIFY(hasNoOther({}) && window.shows("[Choose a folder to start browsing.]"));
+    window.click("[Choose Folder]");
+    QCOMPARE(app.platform.chooser.asked,
+             (QStringList{QStringLiteral("[Choose a Photo Folder]"), QStringLiteral("[Choose Folder]")}));
+    window.view.openPath(folder.url());
+    QTRY_VERIFY(window.shows(photoName(2)));
+    QVERIFY(hasNoOther(names));
+    for (const auto& [button, first] : {std::pair("[Sort order]", "[Name A–Z]"), {"[File]", "[Open Recent]"}}) {
+      window.click(button);
+      QCOMPARE(app.platform.popupMenu.entries.front().title, QString::fromUtf8(first));
+    }
+    QCOMPARE(app.platform.popupMenu.entries.front().submenu.back().title, QStringLiteral("[Clear Recents]"));
+    window.library.toggleSelection(1);
+    QTRY_VERIFY(window.shows("[1 selected]") && hasNoOther(names));
+    window.click("[Delete]");
+    QCOMPARE(app.platform.alert.asked.last().first(), QStringLiteral("Move 1 photo to Trash?"));
+    app.platform.decoder.damaged = {photoName(0)};
+    window.view.handleTileClick(0, Qt::NoModifier);
+    QTRY_VERIFY(window.shows("[Next photo]"));
+    QVERIFY(hasNoOther({photoName(0), window.library.counterText()}) && window.shows("[No photo selected]"));
   }
 
   void aStartMakesTheThumbnailsOfItsWindow() {
