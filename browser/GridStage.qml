@@ -114,7 +114,7 @@ StageShell {
                     implicitWidth: 6
                     radius: width / 2
                     color: WindowPalette.text
-                    opacity: bar.pressed ? 0.55 : bar.hovered ? 0.45 : 0.25
+                    opacity: bar.pressed ? 0.85 : bar.hovered ? 0.7 : 0.55
                 }
             }
         }

@@ -13,7 +13,7 @@ ContinuousRectangle {
     implicitWidth: label.implicitWidth + 32
     implicitHeight: label.height + 20
     radius: 18
-    color: WindowPalette.withOpacity(WindowPalette.windowBackground, 0.9)
+    color: isError ? WindowPalette.errorBackground : WindowPalette.withOpacity(WindowPalette.windowBackground, 0.9)
     strokeColor: WindowPalette.line
     strokeWidth: 1
     visible: root.view.shown.newStatus.length > 0

@@ -26,6 +26,8 @@ class Palette : public QObject {
   Q_PROPERTY(QColor danger READ danger CONSTANT FINAL)
   Q_PROPERTY(QColor softButton READ softButton NOTIFY changed FINAL)
   Q_PROPERTY(QColor windowBackground READ windowBackground NOTIFY changed FINAL)
+  Q_PROPERTY(QColor focusRing READ focusRing NOTIFY changed FINAL)
+  Q_PROPERTY(QColor errorBackground READ errorBackground CONSTANT FINAL)
   Q_PROPERTY(bool isDark READ isDark NOTIFY changed FINAL)
 
  public:
@@ -42,6 +44,10 @@ class Palette : public QObject {
   [[nodiscard]] QColor danger() const { return {182, 63, 47}; }
   [[nodiscard]] QColor softButton() const { return line(); }
   [[nodiscard]] QColor windowBackground() const { return m_colors.windowBackground; }
+  // The accent, as light as it takes to stand out from what is dark.
+  [[nodiscard]] QColor focusRing() const { return isDark() ? QColor(79, 180, 158) : accent(); }
+  // What the colour of danger can be read on: nothing dark, whatever the appearance.
+  [[nodiscard]] static QColor errorBackground() { return SystemColors::of(ColorScheme::light).windowBackground; }
   [[nodiscard]] bool isDark() const { return m_scheme == ColorScheme::dark; }
 
   // `color` with its own opacity multiplied by `opacity`.

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Templates as T
 import Lumagrid.Style
@@ -64,13 +66,19 @@ T.AbstractButton {
         cursorShape: button.enabled ? Qt.PointingHandCursor : Qt.ArrowCursor
     }
 
-    ContinuousRectangle {
-        anchors.fill: parent
-        anchors.margins: -3
-        radius: button.cornerRadius + 3
-        strokeColor: WindowPalette.accent
-        strokeWidth: 2
-        visible: button.visualFocus
+    // The focus ring; its halo sets it off from whatever photo is beneath.
+    Repeater {
+        model: button.visualFocus ? [4, 2] : []
+
+        ContinuousRectangle {
+            required property int modelData
+
+            anchors.fill: parent
+            anchors.margins: -3
+            radius: button.cornerRadius + 3
+            strokeColor: modelData > 2 ? WindowPalette.windowBackground : WindowPalette.focusRing
+            strokeWidth: modelData
+        }
     }
 
     ToolTip {

@@ -146,7 +146,7 @@ void TileNode::update(QQuickWindow* window, const TileLook& look) {
                          {.part = Shape::Part::stroke,
                           .radius = kRadius + kFocusRingGap,
                           .extent = kFocusRingWidth,
-                          .color = Palette::instance()->accent().rgb()},
+                          .color = Palette::instance()->focusRing().rgb()},
                          bounds.adjusted(-kFocusRingGap, -kFocusRingGap, kFocusRingGap, kFocusRingGap));
   } else {
     m_focusRing.clear();

@@ -29,6 +29,18 @@ QColor over(QColor top, double opacity, QColor below) {
   return {mixed(top.red(), below.red()), mixed(top.green(), below.green()), mixed(top.blue(), below.blue())};
 }
 
+// From 1 to 21.
+double contrast(QColor one, QColor other) {
+  const auto luminance = [](const QColor& color) {
+    const auto linear = [](float value) {
+      return value <= 0.04045F ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+  };
+  const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
+  return (lighter + 0.05) / (darker + 0.05);
+}
+
 struct Style {
   const char* qml = nullptr;
   QSizeF size;  // more than that of the label, where there is one
@@ -198,6 +210,13 @@ class StyleItemsTest : public QObject {
     palette->setAppearance(&dark);
     QCOMPARE(changes.count(), 1);
     QVERIFY(palette->text().lightness() > lightText.lightness());
+    // What has its colour from nobody else can be seen, and read, in both.
+    const Appearance light(ColorScheme::light);
+    for (const Appearance* appearance : {&dark, &light}) {
+      palette->setAppearance(appearance);
+      QVERIFY(contrast(palette->danger(), palette->errorBackground()) >= 4.5);
+      QVERIFY(contrast(palette->focusRing(), palette->windowBackground()) >= 3);
+    }
   }
 
   void spinnersTickOnlyWhileTheyCanBeSeen() {
