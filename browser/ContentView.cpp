@@ -13,9 +13,7 @@ namespace {
 
 // Empty when the first URL names no file.
 FileUrl droppedFile(const QList<QUrl>& urls) {
-  if (urls.isEmpty() || !urls.first().isLocalFile()) return {};
-  // The encoded form keeps the bytes of names that are not UTF-8.
-  return FileUrl::fromPath(QByteArray::fromPercentEncoding(urls.first().path(QUrl::FullyEncoded).toLatin1()));
+  return urls.isEmpty() ? FileUrl() : FileUrl::fromUrl(urls.first());
 }
 
 }  // namespace
@@ -75,7 +73,7 @@ void ContentView::chooseFolderAndShowGrid() {
 }
 
 void ContentView::handleOpenRecent(const std::optional<FileUrl>& folder) {
-  if (folder) openFolderInGrid(*folder);
+  if (folder && !folder->isEmpty()) openFolderInGrid(*folder);
 }
 
 void ContentView::openFolderInGrid(const FileUrl& folder) {

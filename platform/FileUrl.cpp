@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QList>
+#include <QUrl>
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
@@ -28,7 +29,7 @@ QByteArray resolvedParents(const QByteArray& path) {
 
 FileUrl FileUrl::fromPath(const QByteArray& path) {
   FileUrl url;
-  if (path.isEmpty()) return url;
+  if (path.isEmpty() || path.contains('\0')) return url;
   QByteArray absolute = path.startsWith('/') ? path : workingDirectory() + '/' + path;
   if (absolute.contains("/../") || absolute.endsWith("/..")) absolute = resolvedParents(absolute);
   QList<QByteArray> components;
@@ -46,6 +47,14 @@ FileUrl FileUrl::fromPath(const QByteArray& path) {
 
 FileUrl FileUrl::fromPath(const QString& path) {
   return fromPath(QFile::encodeName(path));
+}
+
+FileUrl FileUrl::fromUrl(const QUrl& url) {
+  const QString host = url.host();
+  if (!url.isLocalFile() || !(host.isEmpty() || host == QLatin1String("localhost"))) return {};
+  // The encoded form alone keeps all bytes.
+  const QByteArray path = QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
+  return path.startsWith('/') ? fromPath(path) : FileUrl();
 }
 
 FileUrl FileUrl::child(const FileUrl& folder, QByteArrayView name) {

@@ -85,7 +85,10 @@ class ContentViewTest : public QObject {
 
   void opensWhatIsDroppedOrNamed() {
     const QUrl other = QUrl::fromLocalFile(QFile::decodeName(m_other.url().path()) + u'/');
-    for (const QList<QUrl>& none : {QList<QUrl>(), {QUrl(QStringLiteral("https://example.org/")), other}}) {
+    // Neither names a file, and what follows the first does not count.
+    const QList<QUrl> noFiles = {QUrl(QStringLiteral("https://example.org/")),
+                                 QUrl(other.toString() + QStringLiteral("%00x"))};
+    for (const QList<QUrl>& none : {QList<QUrl>(), {noFiles[0], other}, {noFiles[1], other}}) {
       QVERIFY(!m_window->view.acceptsDrop(none) && !m_window->view.handleDrop(none));
     }
     QCoreApplication::processEvents();

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QMap>
 #include <QTest>
+#include <QUrl>
 #include <random>
 
 #include "FileUrl.h"
@@ -42,6 +43,21 @@ class FilesTest : public QObject {
     QVERIFY(leadsTo("/caf\xE9/caf\xE9%25.jpg", "/caf\xE9", "caf\xE9%25.jpg"));
     QCOMPARE(FileUrl::fromPath(QByteArray("/")).parent().path(), QByteArray("/"));
     QVERIFY(FileUrl::fromPath(QByteArray()).isEmpty());
+    QVERIFY(FileUrl::fromPath(QByteArray("/a\0b", 4)).isEmpty());
+    QVERIFY(FileUrl::fromPath(QStringLiteral("/a\0b")).isEmpty());
+  }
+
+  void urlsNameFilesOfThisMachine_data() {
+    QTest::addColumn<QByteArray>("path");  // empty: none
+    QTest::newRow("file:///caf%E9/a%25%23b/") << QByteArray("/caf\xE9/a%#b");
+    QTest::newRow("FILE://localhost/\u00E9 x") << QByteArray("/\u00E9 x");
+    for (const char* other : {"file:///album%00x", "file://server/a", "file:a", "https://localhost/a", "/a", ""}) {
+      QTest::newRow(other) << QByteArray();
+    }
+  }
+
+  void urlsNameFilesOfThisMachine() {
+    QTEST(FileUrl::fromUrl(QUrl(QString::fromUtf8(QTest::currentDataTag()))).path(), "path");
   }
 
   void pathsLeadWhereTheSystemSays() {
