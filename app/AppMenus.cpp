@@ -30,7 +30,7 @@ std::vector<MenuEntry> AppMenus::fileMenu() {
   openRecent.title = tr("Open Recent");
   for (const FileUrl& url : m_recentFolders.urls()) {
     MenuEntry folder;
-    folder.title = url.displayName();
+    folder.title = url.nameInSentence();
     folder.action = [this, url] { m_notificationCenter.post(openRecentFolder, url); };
     openRecent.submenu.push_back(std::move(folder));
   }

@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 
+#include "ShownName.h"
+
 namespace lumagrid {
 
 CommandLine CommandLine::parse(const QList<QByteArray>& arguments) {
@@ -28,7 +30,7 @@ CommandLine CommandLine::parse(const QList<QByteArray>& arguments) {
       line.appearance = ColorScheme::dark;
     } else {
       line.action = Action::refuse;
-      line.refusal = QStringLiteral("unknown option \"%1\"").arg(QString::fromUtf8(argument));
+      line.refusal = QStringLiteral("unknown option \"%1\"").arg(shownNameInSentence(QString::fromUtf8(argument)));
       return line;
     }
   }

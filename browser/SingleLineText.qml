@@ -1,8 +1,7 @@
 import QtQuick
 import Lumagrid.Style
 
-// One line of plain text, whatever it holds: line breaks and other control characters show as spaces. What is cut off
-// is shown whole in a tooltip.
+// One line of plain text. What is cut off is shown whole in a tooltip.
 Text {
     id: root
 
@@ -10,7 +9,7 @@ Text {
 
     height: Math.ceil(metrics.height) // as tall for every script that the name is written in
     verticalAlignment: Text.AlignVCenter
-    text: root.content.replace(/[\u0000-\u001f\u007f-\u009f\u2028\u2029]/g, " ")
+    text: root.content
     textFormat: Text.PlainText
     maximumLineCount: 1
     wrapMode: Text.NoWrap

@@ -67,7 +67,7 @@ void PhotoLibrary::replaceFolder(const FileUrl& url, FolderScan scan) {
   const QString plural = m_photos.size() == 1 ? QString() : QStringLiteral("s");
   // One call of arg() with all texts: a "%1" in a folder's name stays what it is.
   loadCurrentImage(
-      QStringLiteral("Loaded %1 photo%2 from \"%3\".").arg(QString::number(photoCount()), plural, url.displayName()));
+      QStringLiteral("Loaded %1 photo%2 from \"%3\".").arg(QString::number(photoCount()), plural, url.nameInSentence()));
 }
 
 std::optional<std::int64_t> PhotoLibrary::openFolderOf(const FileUrl& picture, FolderScan scan) {
@@ -129,7 +129,7 @@ void PhotoLibrary::loadCurrentImage(const std::optional<QString>& statusOverride
     if (statusOverride) setStatus(*statusOverride, false);
     return;
   }
-  const QString name = photo->displayName();
+  const QString name = photo->url.nameInSentence();
   adviseNeighbours();
   DecodedImage decoded = m_services.decoder.decode(photo->url);
   if (decoded.pixels.isNull()) {

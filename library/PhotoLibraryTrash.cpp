@@ -9,7 +9,7 @@ namespace lumagrid {
 void PhotoLibrary::deleteCurrentPhoto() {
   if (!currentPhoto()) return;
   const FileUrl url = currentPhoto()->url;
-  const QString name = url.displayName();
+  const QString name = url.nameInSentence();
   const int pressed = m_services.alert.runModal({
       QStringLiteral("Move this photo to Trash?"),
       QStringLiteral("\"%1\" will be moved to the Trash.").arg(name),

@@ -9,6 +9,8 @@
 #include <climits>
 #include <cstdlib>
 
+#include "ShownName.h"
+
 namespace lumagrid {
 
 namespace {
@@ -80,7 +82,11 @@ FileUrl FileUrl::parent() const {
 }
 
 QString FileUrl::displayName() const {
-  return QString::fromUtf8(lastPathComponent());
+  return shownName(QString::fromUtf8(lastPathComponent()));
+}
+
+QString FileUrl::nameInSentence() const {
+  return shownNameInSentence(QString::fromUtf8(lastPathComponent()));
 }
 
 }  // namespace lumagrid

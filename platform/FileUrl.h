@@ -36,8 +36,9 @@ class FileUrl {
   // The folder that holds it; the root holds itself.
   [[nodiscard]] FileUrl parent() const;
 
-  // The last path component as text to show: bytes that are not UTF-8 become U+FFFD.
+  // The last path component as text to show (see ShownName.h), whole, or for a sentence or a menu.
   [[nodiscard]] QString displayName() const;
+  [[nodiscard]] QString nameInSentence() const;
 
   friend bool operator==(const FileUrl&, const FileUrl&) = default;
 

@@ -9,7 +9,7 @@ class QWindow;
 
 namespace lumagrid {
 
-// One line of a menu. Titles are plain text: an "&" is shown, and never marks a mnemonic.
+// One line of a menu. Titles are plain text without control characters: an "&" is shown, and never marks a mnemonic.
 struct MenuEntry {
   enum class Mark { none, check };
 

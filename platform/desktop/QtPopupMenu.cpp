@@ -12,12 +12,8 @@ namespace lumagrid {
 
 namespace {
 
-// A tab would start the shortcut's column, a line break would be drawn as one.
-QString plainTitle(const QString& title) {
-  QString plain = title;
-  plain.replace(QLatin1Char('&'), QLatin1String("&&"));
-  for (const char control : {'\t', '\n', '\r'}) plain.replace(QLatin1Char(control), QLatin1Char(' '));
-  return plain;
+QString plainTitle(QString title) {
+  return title.replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 
 // The shortcut stands in the text, where nothing listens for it.

@@ -60,6 +60,40 @@ class FilesTest : public QObject {
     QTEST(FileUrl::fromUrl(QUrl(QString::fromUtf8(QTest::currentDataTag()))).path(), "path");
   }
 
+  void namesAreShown_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QString>("inSentence");  // empty: the same
+    const auto row = [](const char* sentence, const QString& name, const QString& shown, const QString& inSentence) {
+      QTest::newRow(sentence) << name << shown << (inSentence.isEmpty() ? shown : inSentence);
+    };
+    const QString ordinary = QStringLiteral("e\u0301 \u5199 \U0001F468\u200D\U0001F469 <b>%1&.jpg");
+    row("ordinary letters stay", ordinary, ordinary, {});
+    row("controls and line breaks are seen", QStringLiteral("a\n\t\x1B[1m\x7F\u0085\u2028.jpg"),
+        QStringLiteral("a\uFFFD\uFFFD\uFFFD[1m\uFFFD\uFFFD\uFFFD.jpg"), {});
+    row("nothing turns a name around", QStringLiteral("a\u202Egpj\u2069.exe"), QStringLiteral("a\uFFFDgpj\uFFFD.exe"),
+        {});
+    row("what runs leftwards turns nothing but itself", QStringLiteral("\u05D0.jpg"),
+        QStringLiteral("\u2068\u05D0.jpg\u2069"), {});
+    row("it may be beyond the basic plane", QStringLiteral("\U00010800"), QStringLiteral("\u2068\U00010800\u2069"), {});
+    row("it may be digits", QStringLiteral("\u0661"), QStringLiteral("\u2068\u0661\u2069"), {});
+    const QString lines(240, u'\uFFFD');
+    row("a sentence has room for 80 characters", QString(240, u'\n'), lines,
+        lines.first(39) + u'\u2026' + lines.first(39));
+    const QString full = QString(76, u'x') + QStringLiteral(".jpg");
+    row("… and no less", full, full, {});
+    const QString accents = QStringLiteral("e\u0301").repeated(50) + QStringLiteral(".jpg");
+    row("no accent is torn off", accents, accents,
+        accents.first(38) + u'\u2026' + QStringLiteral("e\u0301").repeated(17) + QStringLiteral(".jpg"));
+  }
+
+  void namesAreShown() {
+    QFETCH(QString, name);
+    const FileUrl url = FileUrl::child(FileUrl::fromPath(m_home), name.toUtf8());
+    QTEST(url.displayName(), "shown");
+    QTEST(url.nameInSentence(), "inSentence");
+  }
+
   void pathsLeadWhereTheSystemSays() {
     QCOMPARE(::chdir(m_home.constData()), 0);
     const FileUrl here = FileUrl::fromPath(m_home);
