@@ -1,6 +1,6 @@
 #pragma once
 
-#include "GioTrash.h"
+#include "DesktopTrash.h"
 #include "LumagridApp.h"
 #include "QtAlert.h"
 #include "QtFolderChooser.h"
@@ -26,7 +26,7 @@ class DesktopPlatform {
   Preferences& m_preferences;
   const Appearance& m_appearance;
   WidgetPalette m_palette{m_appearance};
-  GioTrash m_trash;
+  DesktopTrash m_trash;
   QtFolderChooser m_chooser{m_palette};
   QtAlert m_alert{m_palette};
   QtPopupMenu m_popupMenu{m_palette};

@@ -66,8 +66,8 @@ void PhotoLibrary::replaceFolder(const FileUrl& url, FolderScan scan) {
   adoptFolder(url, std::move(scan), 0);
   const QString plural = m_photos.size() == 1 ? QString() : QStringLiteral("s");
   // One call of arg() with all texts: a "%1" in a folder's name stays what it is.
-  loadCurrentImage(
-      QStringLiteral("Loaded %1 photo%2 from \"%3\".").arg(QString::number(photoCount()), plural, url.nameInSentence()));
+  loadCurrentImage(QStringLiteral("Loaded %1 photo%2 from \"%3\".")
+                       .arg(QString::number(photoCount()), plural, url.nameInSentence()));
 }
 
 std::optional<std::int64_t> PhotoLibrary::openFolderOf(const FileUrl& picture, FolderScan scan) {

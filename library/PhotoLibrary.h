@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "FileIdentity.h"
 #include "FileUrl.h"
 #include "PhotoItem.h"
 #include "PhotoScan.h"
@@ -40,6 +41,10 @@ class PhotoLibrary : public QObject {
     ScopedAccess& access;
   };
   using IndexSet = std::unordered_set<std::int64_t>;
+  struct SelectedFile {
+    std::int64_t index;
+    FileIdentity identity;
+  };
 
   explicit PhotoLibrary(const Services& services, QObject* parent = nullptr);
 
@@ -83,7 +88,10 @@ class PhotoLibrary : public QObject {
   // Asks first, then moves the current photo to the Trash; the photo that followed it becomes current.
   void deleteCurrentPhoto();
   // Moves the selected photos to the Trash without asking; those that cannot be moved stay.
-  void deleteSelectedPhotos();
+  void deleteSelectedPhotos() { deleteSelectedPhotos(selectedFiles()); }
+  // The same for the photos that a question was asked about, as the files that they were then.
+  void deleteSelectedPhotos(const std::vector<SelectedFile>& asked);
+  [[nodiscard]] std::vector<SelectedFile> selectedFiles() const;  // from the end of the list
 
  Q_SIGNALS:
   void objectWillChange();

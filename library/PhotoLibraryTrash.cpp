@@ -9,6 +9,7 @@ namespace lumagrid {
 void PhotoLibrary::deleteCurrentPhoto() {
   if (!currentPhoto()) return;
   const FileUrl url = currentPhoto()->url;
+  const FileIdentity identity = FileIdentity::of(url);
   const QString name = url.nameInSentence();
   const int pressed = m_services.alert.runModal({
       QStringLiteral("Move this photo to Trash?"),
@@ -17,9 +18,9 @@ void PhotoLibrary::deleteCurrentPhoto() {
   });
   if (pressed != 0) return;
   // The question was asked about this photo; the alert's event loop may have changed which one is current.
-  if (!currentPhoto() || currentPhoto()->url != url) return;
-
-  if (const auto error = m_services.trash.trashItem(url)) {
+  const bool isStillCurrent = currentPhoto() && currentPhoto()->url == url;
+  if (const auto error = isStillCurrent ? m_services.trash.trashItem(url, identity)
+                                        : QStringLiteral("It is not the current photo any more")) {
     setStatus(QStringLiteral("Delete failed: %1").arg(*error), true);
     return;
   }
@@ -35,16 +36,26 @@ void PhotoLibrary::deleteCurrentPhoto() {
   loadCurrentImage(moved);
 }
 
-void PhotoLibrary::deleteSelectedPhotos() {
-  if (m_selectedIndices.empty()) return;
-  // From the end, so that each removal leaves the indices still to come valid.
+std::vector<PhotoLibrary::SelectedFile> PhotoLibrary::selectedFiles() const {
   std::vector<std::int64_t> indices(m_selectedIndices.begin(), m_selectedIndices.end());
   std::sort(indices.begin(), indices.end(), std::greater<>());
-  int moved = 0;
-  int failed = 0;
+  std::vector<SelectedFile> files;
+  files.reserve(indices.size());
   for (const std::int64_t index : indices) {
     if (index < 0 || index >= photoCount()) continue;
-    if (m_services.trash.trashItem(m_photos[static_cast<std::size_t>(index)].url)) {
+    files.push_back({index, FileIdentity::of(m_photos[static_cast<std::size_t>(index)].url)});
+  }
+  return files;
+}
+
+void PhotoLibrary::deleteSelectedPhotos(const std::vector<SelectedFile>& asked) {
+  if (m_selectedIndices.empty()) return;
+  int moved = 0;
+  int failed = 0;
+  // From the end, so that each removal leaves the indices still to come valid.
+  for (const auto& [index, identity] : asked) {
+    if (index >= photoCount()) continue;
+    if (m_services.trash.trashItem(m_photos[static_cast<std::size_t>(index)].url, identity)) {
       ++failed;
     } else {
       removePhoto(index);

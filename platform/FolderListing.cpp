@@ -7,7 +7,8 @@
 #include <cerrno>
 #include <memory>
 #include <optional>
-#include <system_error>
+
+#include "SystemError.h"
 
 namespace lumagrid {
 
@@ -18,7 +19,7 @@ struct CloseFolder {
 };
 
 ListingError lastError() {
-  return {QString::fromLocal8Bit(std::generic_category().message(errno).c_str())};
+  return {systemErrorText(errno)};
 }
 
 // Nothing when the entry cannot be read; errno then says why.

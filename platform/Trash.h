@@ -3,6 +3,7 @@
 #include <QString>
 #include <optional>
 
+#include "FileIdentity.h"
 #include "FileUrl.h"
 
 namespace lumagrid {
@@ -12,9 +13,10 @@ class Trash {
  public:
   virtual ~Trash() = default;
 
-  // Moves one file to the Trash of its file system. Nothing on success; otherwise the system's reason, for people, and
-  // the file is untouched. Never deletes and never copies.
-  [[nodiscard]] virtual std::optional<QString> trashItem(const FileUrl& file) = 0;
+  // Moves the file `meant`, which stands at `file`, to the Trash of its file system. Nothing on success; otherwise the
+  // reason in a few words for people, without the path, and the file is untouched. Whatever else stands there by now is
+  // untouched too. Never deletes and never copies.
+  [[nodiscard]] virtual std::optional<QString> trashItem(const FileUrl& file, const FileIdentity& meant) = 0;
 };
 
 }  // namespace lumagrid

@@ -83,6 +83,16 @@ class ContentViewTest : public QObject {
     }
   }
 
+  void aQuestionIsAboutTheFilesOfItsTime() {
+    const PhotoFolder folder(numberedNames(2));
+    m_window->library.openFolder(folder.url());
+    for (const int index : {0, 1}) m_window->library.toggleSelection(index);
+    m_window->platform.alert.whileOpen = [&folder] { (void)folder.add(QStringLiteral("0.jpg"), "another"); };
+    m_window->view.deleteSelectedWithConfirmation();
+    QCOMPARE(m_window->library.statusMessage(), QStringLiteral("Moved 1 photo to Trash. 1 failed."));
+    QCOMPARE(namesOf(m_window->library.photos()), numberedNames(1));
+  }
+
   void opensWhatIsDroppedOrNamed() {
     const QUrl other = QUrl::fromLocalFile(QFile::decodeName(m_other.url().path()) + u'/');
     // Neither names a file, and what follows the first does not count.

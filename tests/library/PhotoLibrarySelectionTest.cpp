@@ -118,8 +118,14 @@ class PhotoLibrarySelectionTest : public QObject {
     m_platform->alert.whileOpen = [this] { m_library->showNext(); };
     m_library->deleteCurrentPhoto();
     QCOMPARE(m_platform->alert.asked.size(), 1);
+    QCOMPARE(m_library->statusMessage(), QStringLiteral("Delete failed: It is not the current photo any more"));
+    QVERIFY(m_library->statusIsError());
+    // … and other programs.
+    m_platform->alert.whileOpen = [this] { (void)m_folder.add(QStringLiteral("2.jpg"), "another"); };
+    m_library->deleteCurrentPhoto();
+    QCOMPARE(m_library->statusMessage(), QStringLiteral("Delete failed: It is another"));
     QVERIFY(m_platform->trash.moved.isEmpty());
-    QCOMPARE(m_library->statusMessage(), QStringLiteral("Showing \"2.jpg\"."));
+    QCOMPARE(m_library->counterText(), QStringLiteral("3 / 10"));
   }
 };
 

@@ -40,7 +40,8 @@ struct FakeTrash : Trash {
   QSet<QString> stuck;
   QStringList moved;
 
-  std::optional<QString> trashItem(const FileUrl& file) override {
+  std::optional<QString> trashItem(const FileUrl& file, const FileIdentity& meant) override {
+    if (FileIdentity::of(file) != meant) return QStringLiteral("It is another");
     if (stuck.contains(file.displayName())) return QStringLiteral("It sticks");
     moved.append(file.displayName());
     return std::nullopt;
