@@ -7,7 +7,7 @@ namespace lumagrid {
 class WidgetPalette;
 
 // The chooser as a file dialog above the active window: the desktop's own where it offers one. Only folders can be
-// chosen, and none can be made, renamed or deleted in it.
+// chosen, none can be made, renamed or deleted in it, and it remembers none for the next run.
 class QtFolderChooser final : public FolderChooser {
  public:
   // `palette` outlives the chooser.

@@ -1,3 +1,4 @@
+#include <QDirIterator>
 #include <QFileDialog>
 #include <QLabel>
 #include <QMenu>
@@ -68,6 +69,17 @@ class DesktopTest : public QObject {
 
  private Q_SLOTS:
   void initTestCase() { m_window.show(); }
+
+  // Of dialogs, menus and preferences the last alone leave something.
+  void cleanupTestCase() {
+    QStringList files;
+    constexpr auto kFiles = QDir::Files | QDir::Hidden | QDir::System;
+    for (QDirIterator it(QFile::decodeName(kHome.path()), kFiles, QDirIterator::Subdirectories); it.hasNext();) {
+      files.append(it.next().mid(kHome.path().size()));
+    }
+    files.removeOne(QStringLiteral("/config/lumagrid/lumagrid.conf"));
+    QCOMPARE(files, QStringList());
+  }
 
   void alertAnswers() {
     const auto ask = [this](const std::function<void(QMessageBox&)>& answer) {
