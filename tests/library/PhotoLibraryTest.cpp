@@ -93,6 +93,8 @@ class PhotoLibraryTest : public QObject {
     QVERIFY(!m_library->folderURL());
     m_platform.chooser.answer = folder.url();
     m_library->chooseFolder();
+    QCOMPARE(m_platform.chooser.asked,
+             (QStringList{QStringLiteral("Choose a Photo Folder"), QStringLiteral("Choose Folder")}));
     m_platform.decoder.decoded.clear();
     const auto shown = [this] {
       return m_library->counterText() + u' ' + m_library->statusMessage() + u' ' +
@@ -194,6 +196,16 @@ class PhotoLibraryTest : public QObject {
     QCOMPARE(sorted(SortOrder::nameDescending), QStringLiteral("old_1 gone a_10 A_9 a_9 a_2"));
     QCOMPARE(sorted(SortOrder::dateNewest), QStringLiteral("a_2 a_10 A_9 a_9 old_1 gone"));
     QCOMPARE(sorted(SortOrder::dateOldest), QStringLiteral("gone old_1 a_10 A_9 a_9 a_2"));
+    // An unstable sort keeps the order of a few.
+    photos.clear();
+    for (int number = 0; number < 40; ++number) {
+      photos.push_back({folder.add(QString::number(number * 7 % 40))});
+      folder.setDate(photos.back().displayName(), number % 2);
+    }
+    std::stable_partition(photos.begin(), photos.end(), [](const PhotoItem& photo) { return modDate(photo.url) == 0; });
+    QCOMPARE(sorted(SortOrder::dateOldest), namesOf(photos).join(u' '));
+    std::rotate(photos.begin(), photos.begin() + 20, photos.end());
+    QCOMPARE(sorted(SortOrder::dateNewest), namesOf(photos).join(u' '));
   }
 
   void sortsALargeFolderInShares() {
