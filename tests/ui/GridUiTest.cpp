@@ -185,15 +185,24 @@ class GridUiTest : public QObject {
     QCOMPARE(window.library.currentIndex(), 7);  // Tab alone moves no ring
   }
 
-  void theSortMenuMarksTheActiveOrder() {
+  void theSortMenuStoresTheOrderThatItMarks() {
     OnlyWindow window(m_folder.url());
-    const std::vector<MenuEntry>& entries = window.platform.popupMenu.entries;
-    for (int active = 0; active < 2; ++active) {
+    const std::pair<SortOrder, const char*> menu[] = {{SortOrder::nameAscending, "Name A\u2013Z"},
+                                                      {SortOrder::nameDescending, "Name Z\u2013A"},
+                                                      {SortOrder::dateNewest, "Newest First"},
+                                                      {SortOrder::dateOldest, "Oldest First"}};
+    for (const std::size_t chosen : {3, 2, 0, 1}) {
       window.click("Sort order");
-      for (int i = 0; i < 2; ++i) QCOMPARE(entries[i].mark == MenuEntry::Mark::check, i == active);
-      entries[1].action();
-      QTRY_VERIFY(window.rectOf("11.jpg").top() < window.rectOf("0.jpg").top());
+      const std::vector<MenuEntry> entries = window.platform.popupMenu.entries;
+      QCOMPARE(entries.size(), std::size(menu));
+      for (std::size_t i = 0; i < entries.size(); ++i) {
+        QCOMPARE(entries[i].title, QString::fromUtf8(menu[i].second));
+        QCOMPARE(entries[i].mark == MenuEntry::Mark::check, menu[i].first == window.library.sortOrder());
+      }
+      entries[chosen].action();
+      QCOMPARE(window.library.sortOrder(), menu[chosen].first);
     }
+    QTRY_VERIFY(window.rectOf("11.jpg").top() < window.rectOf("0.jpg").top());
     QCOMPARE(window.platform.popupMenu.position,
              window.window.mapToGlobal(window.rectOf("Sort order").topLeft()) + QPoint(0, 32));
   }
