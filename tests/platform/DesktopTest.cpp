@@ -7,6 +7,8 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
 #include <QTimer>
 #include <QToolButton>
 #include <QWindow>
@@ -17,6 +19,7 @@
 #include "QtFolderChooser.h"
 #include "QtPopupMenu.h"
 #include "SettingsPreferences.h"
+#include "ShownName.h"
 #include "TemporaryHome.h"
 #include "WidgetPalette.h"
 
@@ -100,6 +103,21 @@ class DesktopTest : public QObject {
     };
     QCOMPARE(ask(read), 1);  // it went unanswered
     QCOMPARE(shown, QStringLiteral("<b>x</b> &amp;\"<img src=x>\n<i>.jpg\" will be moved.Move &&&& Go"));
+  }
+
+  void alertIsWrittenAsItsSentence() {
+    const auto direction = [this](const QString& text) {
+      QTextDocument shown;
+      whenOpen<QMessageBox>([&shown](QMessageBox& box) {
+        shown.setPlainText(box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"))->text());
+        box.reject();
+      });
+      (void)QtAlert(m_palette).runModal({QString(), text, {QStringLiteral("Cancel")}});
+      return shown.firstBlock().textDirection();
+    };
+    const QString name = shownName(QStringLiteral("\u05D0"));
+    QCOMPARE(direction(name + QStringLiteral(" moves")), Qt::LeftToRight);
+    QCOMPARE(direction(shownName(QStringLiteral("a\u05D0")) + QStringLiteral(" \u05D0")), Qt::RightToLeft);
   }
 
   void chooserReturnsAnExistingFolder() {
