@@ -38,7 +38,7 @@ QByteArray profileOf(const heif_image_handle* handle, const heif_image* image) {
     return {};
   }
   const Nclx nclx(found, &heif_nclx_color_profile_free);
-  return iccProfileOf({nclx->color_primaries, nclx->transfer_characteristics});
+  return iccProfileOf(NclxColors{nclx->color_primaries, nclx->transfer_characteristics});
 }
 
 // Widens samples of `bits` bits so that the largest value stays the largest.

@@ -108,13 +108,8 @@ bool isSrgbLike(int transfer) {
          transfer != kHybridLogGamma;
 }
 
-}  // namespace
-
-QByteArray iccProfileOf(const NclxColors& colors) {
-  const auto known = chromaticities(colors.primaries);
-  const auto [primaries, white] = known.value_or(*chromaticities(kSrgbPrimaries));
-  if ((!known || colors.primaries == kSrgbPrimaries) && isSrgbLike(colors.transfer)) return {};
-  const ToneCurve curve = curveOf(colors.transfer);
+// Empty where no profile can be made of it.
+QByteArray profileOf(const cmsCIExyYTRIPLE& primaries, const cmsCIExyY& white, const ToneCurve& curve) {
   if (!curve) return {};
   cmsToneCurve* const curves[3] = {curve.get(), curve.get(), curve.get()};
   const std::unique_ptr<void, decltype(&cmsCloseProfile)> profile(cmsCreateRGBProfile(&white, &primaries, curves),
@@ -123,6 +118,31 @@ QByteArray iccProfileOf(const NclxColors& colors) {
   if (!profile || !cmsSaveProfileToMem(profile.get(), nullptr, &size)) return {};
   QByteArray bytes(static_cast<qsizetype>(size), Qt::Uninitialized);
   return cmsSaveProfileToMem(profile.get(), bytes.data(), &size) ? bytes : QByteArray();
+}
+
+}  // namespace
+
+QByteArray iccProfileOf(const NclxColors& colors) {
+  const auto known = chromaticities(colors.primaries);
+  const auto [primaries, white] = known.value_or(*chromaticities(kSrgbPrimaries));
+  if ((!known || colors.primaries == kSrgbPrimaries) && isSrgbLike(colors.transfer)) return {};
+  return profileOf(primaries, white, curveOf(colors.transfer));
+}
+
+QByteArray iccProfileOf(const GammaColors& colors) {
+  constexpr double kTolerance = 0.002;  // of a coordinate; the primaries of other standards are five times as far away
+  const auto& [whiteX, whiteY, redX, redY, greenX, greenY, blueX, blueY] = colors.chromaticities;
+  if (colors.gamma < 0.1 || colors.gamma > 10) return {};
+  for (const double y : {whiteY, redY, greenY, blueY}) {
+    if (y < kTolerance) return {};
+  }
+  const bool isSrgb =
+      std::abs(colors.gamma - 2.2) < 0.01 &&
+      std::equal(colors.chromaticities.begin(), colors.chromaticities.end(), GammaColors().chromaticities.begin(),
+                 [](double one, double other) { return std::abs(one - other) < kTolerance; });
+  if (isSrgb) return {};
+  return profileOf({{redX, redY, 1}, {greenX, greenY, 1}, {blueX, blueY, 1}}, {whiteX, whiteY, 1},
+                   {cmsBuildGamma(nullptr, colors.gamma), &cmsFreeToneCurve});
 }
 
 }  // namespace lumagrid

@@ -1,7 +1,5 @@
 #include <QBuffer>
-#include <QColorSpace>
 #include <QImageReader>
-#include <cmath>
 
 #include "BmpHeader.h"
 #include "ImageCodec.h"
@@ -31,24 +29,11 @@ DecodedImage decodeWith(const char* format, Packing packing, const CodecRequest&
   RawPicture picture;
   if (!reader.read(&picture.pixels)) return {{}, ImageError::damaged};
   picture.metadata = std::move(metadata);
-  const QColorSpace colors = picture.pixels.colorSpace();
-  // Without a profile, a PNG may give its gamma and primaries. The gamma 1/2.2 is how such files spell sRGB.
-  const bool isSrgbBySpelling =
-      colors.primaries() == QColorSpace::Primaries::SRgb &&
-      (colors.transferFunction() == QColorSpace::TransferFunction::SRgb ||
-       (colors.transferFunction() == QColorSpace::TransferFunction::Gamma && std::abs(colors.gamma() - 2.2F) < 0.01F));
-  if (picture.metadata.iccProfile.isEmpty() && colors.isValid() && !isSrgbBySpelling) {
-    picture.metadata.iccProfile = colors.iccProfile();
-  }
   if (picture.pixels.isGrayscale() && picture.pixels.depth() <= 16) picture.model = ColorModel::gray;
   return finished(std::move(picture), request.bound);
 }
 
 }  // namespace
-
-DecodedImage decodePng(const CodecRequest& request) {
-  return decodeWith("png", Packing::unlimited, request, pngMetadata(request.bytes));
-}
 
 DecodedImage decodeGif(const CodecRequest& request) {
   return decodeWith("gif", Packing::limited, request, {});

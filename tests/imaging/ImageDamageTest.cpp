@@ -45,13 +45,25 @@ class ImageDamageTest : public QObject {
     }
   }
 
-  void aJpegCutShortShowsWhatThereIs() {
-    const QByteArray file = jpeg(rough({256, 256}, 1));
+  void aFileCutShortShowsWhatThereIs_data() {
+    QTest::addColumn<QByteArray>("file");
+    const QImage image = rough({256, 256}, 1);
+    QTest::newRow("JPEG") << jpeg(image);
+    QTest::newRow("PNG") << encoded(image, "png");
+  }
+
+  void aFileCutShortShowsWhatThereIs() {
+    QFETCH(const QByteArray, file);
+    const QImage whole = decoded(file).pixels;
     const QByteArray half = file.left(file.size() / 2);
     const auto [cut, error] = decoded(half);
     QCOMPARE(error, ImageError::none);
-    QCOMPARE(cut.size(), QSize(256, 256));
-    QCOMPARE(cut.copy(0, 0, 256, 96), decoded(file).pixels.copy(0, 0, 256, 96));
+    QCOMPARE(cut.size(), whole.size());
+    int sameRows = 0;
+    for (int y = 0; y < 256; ++y) {
+      if (std::equal(cut.constScanLine(y), cut.constScanLine(y) + 1024, whole.constScanLine(y))) ++sameRows;
+    }
+    QVERIFY2(sameRows > 96, qPrintable(QString::number(sameRows)));
     QCOMPARE(decoded(half, 64).pixels.size(), QSize(64, 64));
   }
 

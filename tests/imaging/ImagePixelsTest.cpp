@@ -109,6 +109,11 @@ class ImagePixelsTest : public QObject {
     row("PNG of 16 bits with a wide gamut", encoded(tagged.convertToFormat(QImage::Format_RGBX64), "png"), widened);
     const QByteArray png = encoded(filled(color), "png");
     row("PNG whose gamma spells sRGB", withChunk(png, "gAMA", QByteArray("\0\0\xb1\x8f", 4)), color);
+    const QByteArray primaries(
+        "\0\0\x7a\x26\0\0\x80\x84\0\0\xfa\0\0\0\x80\xe8\0\0\x75\x30\0\0\xea\x60\0\0\x3a\x98\0\0\x17\x70", 32);
+    row("PNG whose gamma and primaries spell sRGB",
+        withChunk(withChunk(png, "gAMA", QByteArray("\0\0\xb1\x8f", 4)), "cHRM", primaries), color);
+    row("PNG that names its primaries", withChunk(png, "cICP", QByteArray("\x0c\x0d\0\1", 4)), widened);
     row("PNG of linear light", withChunk(encoded(filled(grayed), "png"), "gAMA", QByteArray("\0\x01\x86\xa0", 4)),
         lightened);
     row("BMP of version 3", bmpOfVersion3(), QColor(130, 0, 0));
@@ -127,6 +132,12 @@ class ImagePixelsTest : public QObject {
     row("TIFF of inks", tiffOf<quint8>(separated, {55, 195, 215, 0}), color);
     row("TIFF of inks, 16 bits", tiffOf<quint16>(separated, {55 * 257, 195 * 257, 215 * 257, 0}), color);
 
+    const QByteArray transparent("\0\xc8\0\x3c\0\x28", 6);
+    row("PNG with a transparent colour before a palette that it does not use",
+        withChunk(withChunk(png, "PLTE", "abc"), "tRNS", transparent), Qt::transparent);
+    const QByteArray deep = encoded(filled(color).convertToFormat(QImage::Format_RGBX64), "png");
+    row("PNG of 16 bits with a transparent colour", withChunk(deep, "tRNS", QByteArray("\xc8\xc8\x3c\x3c\x28\x28", 6)),
+        Qt::transparent);
     QImage translucent = filled(QColor(200, 60, 40, 128), {32, 32}, QImage::Format_ARGB32);
     const QColor premultiplied(100, 30, 20, 128);
     row("translucent PNG", encoded(translucent, "png"), premultiplied);
