@@ -29,6 +29,5 @@ struct JpegMetadata : PictureMetadata {
 // All of them take the whole file, read no further than its end, and leave out what is not well-formed. Any thread.
 [[nodiscard]] JpegMetadata jpegMetadata(QByteArrayView file);
 [[nodiscard]] PictureMetadata webpMetadata(QByteArrayView file);
-[[nodiscard]] PictureMetadata bmpMetadata(QByteArrayView file);
 
 }  // namespace lumagrid

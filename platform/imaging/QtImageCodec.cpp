@@ -1,7 +1,6 @@
 #include <QBuffer>
 #include <QImageReader>
 
-#include "BmpHeader.h"
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
@@ -41,13 +40,6 @@ DecodedImage decodeGif(const CodecRequest& request) {
 
 DecodedImage decodeWebp(const CodecRequest& request) {
   return decodeWith("webp", Packing::unlimited, request, webpMetadata(request.bytes));
-}
-
-DecodedImage decodeBmp(const CodecRequest& request) {
-  const PictureMetadata metadata = bmpMetadata(request.bytes);
-  const QByteArray common = bmpWithCommonHeader(request.bytes);
-  return decodeWith("bmp", Packing::limited, common.isEmpty() ? request : CodecRequest{common, request.bound},
-                    metadata);
 }
 
 }  // namespace lumagrid

@@ -1,3 +1,4 @@
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -38,7 +39,13 @@ class ImageDamageTest : public QObject {
     QCOMPARE(decoded(file).error, ImageError::none);
     std::minstd_rand random(1);
     for (int round = 0; round < 300; ++round) {
-      const auto [pixels, error] = decoded(broken(file, 128, random), round % 2 == 0 ? 10 : 0);
+      const QByteArray damaged = broken(file, 128, random);
+      ::mallopt(M_PERTURB, 85);
+      const auto [pixels, error] = decoded(damaged, round % 2 == 0 ? 10 : 0);
+      if (round % 2 != 0) {
+        ::mallopt(M_PERTURB, 170);
+        QVERIFY2(decoded(damaged).pixels == pixels, "shows memory that was never written");
+      }
       QCOMPARE(pixels.isNull(), error != ImageError::none);
       QVERIFY(pixels.isNull() || pixels.format() == QImage::Format_RGBX8888 ||
               pixels.format() == QImage::Format_RGBA8888_Premultiplied);
@@ -50,6 +57,7 @@ class ImageDamageTest : public QObject {
     const QImage image = rough({256, 256}, 1);
     QTest::newRow("JPEG") << jpeg(image);
     QTest::newRow("PNG") << encoded(image, "png");
+    QTest::newRow("BMP, which begins with its last row") << encoded(image, "bmp");
   }
 
   void aFileCutShortShowsWhatThereIs() {

@@ -63,12 +63,31 @@ QByteArray tiffOf(std::map<quint16, quint32> fields, std::initializer_list<Sampl
   return tiff(fields, bytes.repeated(32 * 32));
 }
 
-QByteArray bmpOfVersion3() {
-  // A header of 56 bytes with masks for 5, 6 and 5 bits: what painting programs write for 16-bit pictures.
-  QByteArray bytes("BM\0\0\0\0\0\0\0\0\x46\0\0\0", 14);
-  bytes += QByteArray("\x38\0\0\0\x20\0\0\0\x20\0\0\0\x01\0\x10\0\x03\0\0\0", 20) + QByteArray(20, '\0');
-  bytes += QByteArray("\0\xf8\0\0\xe0\x07\0\0\x1f\0\0\0\0\0\0\0", 16);
-  return bytes + QByteArray("\0\x80", 2).repeated(32 * 32);
+QByteArray littleEndian(std::initializer_list<quint32> numbers) {
+  QByteArray bytes(static_cast<qsizetype>(numbers.size()) * 4, '\0');
+  qToLittleEndian<quint32>(numbers.begin(), static_cast<qsizetype>(numbers.size()), bytes.data());
+  return bytes;
+}
+
+// 32 × 32 times one pixel whose bits the masks divide among red, green, blue and alpha; a header of 56 bytes, as
+// painting programs write it.
+template <typename Pixel>
+QByteArray bmpOf(std::initializer_list<quint32> masks, Pixel pixel) {
+  constexpr quint32 kMasks = 3;
+  const QByteArray header =
+      littleEndian({56, 32, 32, sizeof(Pixel) << 19 | 1, kMasks, 0, 0, 0, 0, 0}) + littleEndian(masks);
+  const QByteArray samples(reinterpret_cast<const char*>(&pixel), sizeof(Pixel));
+  return "BM" + littleEndian({0, 0, 14 + 56}) + header + samples.repeated(32 * 32);
+}
+
+// Pixels of 8 bits, all of them the second colour of a palette of two, or as `runs` says.
+QByteArray indexedBmp(const QByteArray& runs = {}) {
+  const bool isOs2 = runs.isEmpty();
+  const QByteArray header = isOs2 ? littleEndian({12, 32 << 16 | 32, 8 << 16 | 1})
+                                  : littleEndian({40, 32, 32, 8 << 16 | 1, 1, 0, 0, 0, 2, 0});
+  const QByteArray palette = isOs2 ? QByteArray("abc\x28\x3c\xc8", 6) : QByteArray("abc\0\x28\x3c\xc8\0", 8);
+  const auto pixelsAt = static_cast<quint32>(14 + header.size() + palette.size());
+  return "BM" + littleEndian({0, 0, pixelsAt}) + header + palette + (isOs2 ? QByteArray(32 * 32, 1) : runs);
 }
 
 }  // namespace
@@ -116,7 +135,16 @@ class ImagePixelsTest : public QObject {
     row("PNG that names its primaries", withChunk(png, "cICP", QByteArray("\x0c\x0d\0\1", 4)), widened);
     row("PNG of linear light", withChunk(encoded(filled(grayed), "png"), "gAMA", QByteArray("\0\x01\x86\xa0", 4)),
         lightened);
-    row("BMP of version 3", bmpOfVersion3(), QColor(130, 0, 0));
+    row("BMP of 5, 6 and 5 bits", bmpOf<quint16>({0xf800, 0x7e0, 0x1f, 0}, 0xf81f), QColor(255, 0, 255));
+    row("BMP of 1, 20 and 7 bits", bmpOf<quint32>({0x80000000, 0xfffff, 0x7f00000, 0}, 0x8007ffff),
+        QColor(255, 128, 0));
+    row("BMP of 5 bits each and one for alpha", bmpOf<quint16>({0x7c00, 0x3e0, 0x1f, 0x8000}, 0xffe0),
+        QColor(255, 255, 0));
+    row("BMP with alpha", bmpOf<quint32>({0xff0000, 0xff00, 0xff, 0xff000000}, 0x80c83c28), QColor(100, 30, 20, 128));
+    row("BMP with alpha that was left at zero", bmpOf<quint32>({0xff, 0xff00, 0xff0000, 0xff000000}, 0x283cc8), color);
+    row("OS/2 BMP with a short palette", indexedBmp(), color);
+    row("BMP of runs", indexedBmp(QByteArray("\x20\1\0\0", 4).repeated(32)), color);
+    row("BMP of runs that skip most of it", indexedBmp(QByteArray("\x20\1\0\2\0\x1f\1\1", 8)), Qt::transparent);
     row("HEIC that names its primaries", carried("wide-gamut.heic"), widened);
     // Paper white lands on three quarters of the light: 0.75 through the curve of sRGB.
     row("HEIC of high dynamic range", carried("high-range.heic"), QColor(225, 225, 225));
