@@ -1,8 +1,9 @@
 #include <libheif/heif.h>
 
 #include <cmath>
-#include <memory>
 
+#include "HeifObjects.h"
+#include "HeifRange.h"
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "NclxProfile.h"
@@ -11,16 +12,6 @@
 
 namespace lumagrid {
 namespace {
-
-using Context = std::unique_ptr<heif_context, decltype(&heif_context_free)>;
-using ImageHandle = std::unique_ptr<const heif_image_handle, decltype(&heif_image_handle_release)>;
-using Image = std::unique_ptr<const heif_image, decltype(&heif_image_release)>;
-using Options = std::unique_ptr<heif_decoding_options, decltype(&heif_decoding_options_free)>;
-using Nclx = std::unique_ptr<heif_color_profile_nclx, decltype(&heif_nclx_color_profile_free)>;
-
-bool succeeded(const heif_error& error) {
-  return error.code == heif_error_Ok;
-}
 
 ImageError kindOf(const heif_error& error) {
   return error.code == heif_error_Memory_allocation_error ? ImageError::tooLarge : ImageError::damaged;
@@ -37,7 +28,7 @@ QByteArray profileOf(const heif_image_handle* handle, const heif_image* image) {
       !succeeded(heif_image_get_nclx_color_profile(image, &found))) {
     return {};
   }
-  const Nclx nclx(found, &heif_nclx_color_profile_free);
+  const HeifNclx nclx(found);
   return iccProfileOf(NclxColors{nclx->color_primaries, nclx->transfer_characteristics});
 }
 
@@ -87,7 +78,7 @@ QImage::Format formatOf(const heif_image_handle* handle, bool isDeep) {
 // The primary image, be it one, a grid or the first of a sequence. The library turns, mirrors and crops as the file's
 // own properties say, so that an orientation in EXIF data is a copy of what was done already.
 DecodedImage decodeHeif(const CodecRequest& request) {
-  const Context context(heif_context_alloc(), &heif_context_free);
+  const HeifContext context(heif_context_alloc());
   if (!context) return {{}, ImageError::tooLarge};
   const qsizetype mostPixels = pictureByteLimit() / 4;
   heif_context_set_maximum_image_size_limit(context.get(),
@@ -98,23 +89,24 @@ DecodedImage decodeHeif(const CodecRequest& request) {
   heif_image_handle* foundHandle = nullptr;
   error = heif_context_get_primary_image_handle(context.get(), &foundHandle);
   if (!succeeded(error)) return {{}, kindOf(error)};
-  const ImageHandle handle(foundHandle, &heif_image_handle_release);
+  const HeifHandle handle(foundHandle);
   if (!isPictureSizeSane(heif_image_handle_get_width(handle.get()), heif_image_handle_get_height(handle.get()))) {
     return {{}, ImageError::tooLarge};
   }
 
   const bool isDeep = heif_image_handle_get_luma_bits_per_pixel(handle.get()) > 8;
-  const Options options(heif_decoding_options_alloc(), &heif_decoding_options_free);
+  const HeifOptions options(heif_decoding_options_alloc());
   heif_image* foundImage = nullptr;
   error = heif_decode_image(handle.get(), &foundImage, heif_colorspace_RGB,
                             isDeep ? heif_chroma_interleaved_RRGGBBAA_LE : heif_chroma_interleaved_RGBA, options.get());
   if (!succeeded(error)) return {{}, kindOf(error)};
-  Image image(foundImage, &heif_image_release);
+  HeifImage image(foundImage);
 
   RawPicture picture;
   picture.pixels = pixelsOf(image.get(), formatOf(handle.get(), isDeep));
   picture.metadata.iccProfile = profileOf(handle.get(), image.get());
   image.reset();
+  if (!picture.pixels.isNull()) stretchLimitedRange(handle.get(), picture.pixels);
   return finished(std::move(picture), request.bound);
 }
 

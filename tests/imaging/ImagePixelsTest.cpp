@@ -146,6 +146,8 @@ class ImagePixelsTest : public QObject {
     row("BMP of runs", indexedBmp(QByteArray("\x20\1\0\0", 4).repeated(32)), color);
     row("BMP of runs that skip most of it", indexedBmp(QByteArray("\x20\1\0\2\0\x1f\1\1", 8)), Qt::transparent);
     row("HEIC that names its primaries", carried("wide-gamut.heic"), widened);
+    row("gray AVIF in the range of video", carried("gray-limited.avif"), grayed);
+    row("AVIF whose alpha is in the range of video", carried("alpha-limited.avif"), color);
     // Paper white lands on three quarters of the light: 0.75 through the curve of sRGB.
     row("HEIC of high dynamic range", carried("high-range.heic"), QColor(225, 225, 225));
 
