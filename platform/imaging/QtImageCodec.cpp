@@ -26,6 +26,11 @@ DecodedImage decodeWith(const char* format, Packing packing, const CodecRequest&
     return {{}, ImageError::damaged};
   }
   RawPicture picture;
+  if (reader.format() == "bmp" && reader.imageFormat() != QImage::Format_Invalid) {
+    // The toolkit's reader writes into a picture that fits, and leaves the pixels that a file cut short does not have.
+    picture.pixels = QImage(size, reader.imageFormat());
+    picture.pixels.fill(0);
+  }
   if (!reader.read(&picture.pixels)) return {{}, ImageError::damaged};
   picture.metadata = std::move(metadata);
   if (picture.pixels.isGrayscale() && picture.pixels.depth() <= 16) picture.model = ColorModel::gray;

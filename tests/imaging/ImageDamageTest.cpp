@@ -34,23 +34,25 @@ class ImageDamageTest : public QObject {
     QTest::newRow("AVIF") << carried("half-transparent.avif");
   }
 
+  // Nor does a picture show memory that its decoding only took.
   void brokenBytesNeverBreakTheDecoder() {
     QFETCH(const QByteArray, file);
     QCOMPARE(decoded(file).error, ImageError::none);
     std::minstd_rand random(1);
     for (int round = 0; round < 300; ++round) {
       const QByteArray damaged = broken(file, 128, random);
-      ::mallopt(M_PERTURB, 85);
-      const auto [pixels, error] = decoded(damaged, round % 2 == 0 ? 10 : 0);
-      if (round % 2 != 0) {
-        ::mallopt(M_PERTURB, 170);
-        QVERIFY2(decoded(damaged).pixels == pixels, "shows memory that was never written");
-      }
+      const int bound = round % 2 == 0 ? 10 : 0;
+      ::mallopt(M_PERTURB, 0x55);  // fills what is allocated
+      const auto [pixels, error] = decoded(damaged, bound);
+      ::mallopt(M_PERTURB, 0xaa);
+      QCOMPARE(decoded(damaged, bound).pixels, pixels);
       QCOMPARE(pixels.isNull(), error != ImageError::none);
       QVERIFY(pixels.isNull() || pixels.format() == QImage::Format_RGBX8888 ||
               pixels.format() == QImage::Format_RGBA8888_Premultiplied);
     }
   }
+
+  void cleanup() { ::mallopt(M_PERTURB, 0); }
 
   void aFileCutShortShowsWhatThereIs_data() {
     QTest::addColumn<QByteArray>("file");
