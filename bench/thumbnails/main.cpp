@@ -13,7 +13,7 @@
 
 #include "BaselineJpegEighth.h"
 #include "BenchPhotos.h"
-#include "PictureMetadata.h"
+#include "JpegReader.h"
 #include "PixelBuffer.h"
 #include "ProgressiveJpegScans.h"
 
@@ -54,9 +54,10 @@ void decodeEighth(benchmark::State& state, const QByteArray& bytes, QSize size) 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   for (const BenchPhoto& photo : benchPhotos()) {
-    const QSize whole = jpegMetadata(photo.bytes).size;
-    const QSize size((whole.width() + 7) / 8, (whole.height() + 7) / 8);
-    if (baselineJpegAtEighth(photo.bytes).isNull() && progressiveJpegForEighth(photo.bytes).isNull()) {
+    JpegReader reader(photo.bytes);
+    const bool isJpeg = reader.readHeader(JpegReader::Markers::skipped);
+    const QSize size((reader.size().width() + 7) / 8, (reader.size().height() + 7) / 8);
+    if (!isJpeg || (baselineJpegAtEighth(photo.bytes).isNull() && progressiveJpegForEighth(photo.bytes).isNull())) {
       std::printf("%s: left to the general decoder\n", photo.name.c_str());
       continue;
     }

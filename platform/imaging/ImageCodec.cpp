@@ -27,7 +27,7 @@ constexpr std::array<ImageCodec, sizeof...(Codecs)> kInOrder = {Codecs...};
 
 std::optional<ImageFormat> sniffImageFormat(QByteArrayView head) {
   const auto startsWith = [head](QByteArrayView magic) { return head.startsWith(magic); };
-  if (startsWith("\xff\xd8\xff")) return ImageFormat::jpeg;
+  if (startsWith("\xff\xd8")) return ImageFormat::jpeg;  // junk may follow
   if (startsWith("\x89PNG\r\n\x1a\n")) return ImageFormat::png;
   if (startsWith("GIF87a") || startsWith("GIF89a")) return ImageFormat::gif;
   if (startsWith("RIFF") && head.size() >= 12 && head.sliced(8, 4) == QByteArrayView("WEBP")) return ImageFormat::webp;

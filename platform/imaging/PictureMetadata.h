@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
-#include <QSize>
 
 namespace lumagrid {
 
@@ -20,14 +19,7 @@ struct PictureMetadata {
 // they differ by less than a rounding of the usual units, or by more than any device had.
 [[nodiscard]] double pixelAspectOf(double horizontalDensity, double verticalDensity);
 
-struct JpegMetadata : PictureMetadata {
-  QSize size;  // of the frame; empty when none was found
-  int componentCount = 0;
-  bool hasAdobeMarker = false;  // the inks of a CMYK picture are stored inverted
-};
-
 // All of them take the whole file, read no further than its end, and leave out what is not well-formed. Any thread.
-[[nodiscard]] JpegMetadata jpegMetadata(QByteArrayView file);
 [[nodiscard]] PictureMetadata webpMetadata(QByteArrayView file);
 
 }  // namespace lumagrid

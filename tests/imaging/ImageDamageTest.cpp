@@ -24,6 +24,7 @@ class ImageDamageTest : public QObject {
     const QByteArray wide = withProfile(jpeg(image), QColorSpace(QColorSpace::DisplayP3).iccProfile());
     QTest::newRow("JPEG with EXIF and a profile") << withSegment(wide, 0xe1, exif(6));
     QTest::newRow("CMYK JPEG") << jpeg(image, {.colors = JCS_CMYK});
+    QTest::newRow("progressive JPEG") << jpeg(image, {.coding = &jpeg_simple_progression});
     QTest::newRow("PNG") << withChunk(encoded(image, "png"), "eXIf", exif(8).mid(6));
     QTest::newRow("GIF") << QByteArray("GIF89a\1\0\1\0\x80\0\0\xff\0\0\0\0\0,\0\0\0\0\1\0\1\0\0\2\2D\1\0;", 35);
     QTest::newRow("WebP") << encoded(image, "webp");

@@ -112,6 +112,9 @@ class ImagePixelsTest : public QObject {
     const QByteArray plain = jpeg(filled(color));
     row("JPEG without a profile counts as sRGB", plain, color);
     row("JPEG with a wide gamut", withProfile(plain, wide), widened);
+    row("JPEG with junk before its segments", withProfile(plain, wide).insert(2, "junk"), widened);
+    row("JPEG with a segment without a length", QByteArray(plain).insert(2, QByteArray("\xff\xe4\0\0", 4)), color);
+    row("JPEG with a segment that ends late", withSegment(plain, 0xe4, "abc").insert(9, "defg"), color);
     row("JPEG with a damaged profile counts as sRGB", withProfile(plain, wide.left(200)), color);
     row("JPEG with a profile for grays counts as sRGB", withProfile(plain, linearGrayProfile()), color);
     const QByteArray gray = jpeg(filled(grayed), {.colors = JCS_GRAYSCALE});

@@ -1,0 +1,139 @@
+#include "JpegReader.h"
+
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <type_traits>
+
+#include <jerror.h>
+
+#include "ExifOrientation.h"
+#include "PixelBuffer.h"
+
+namespace lumagrid {
+namespace {
+
+constexpr int kExifMarker = JPEG_APP0 + 1;
+constexpr int kProfileMarker = JPEG_APP0 + 2;
+constexpr unsigned kLongestSegment = 0xffff;
+constexpr int kMostScans = 500;  // more are an attack on time
+
+JpegReader& readerOf(j_common_ptr jpeg) {
+  return *static_cast<JpegReader*>(jpeg->client_data);
+}
+
+bool isInks(const jpeg_decompress_struct& jpeg) {
+  return jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK;
+}
+
+}  // namespace
+
+// The library reports an error by jumping out of its own calls. Nothing with a destructor may live in `calls`, nor in
+// what these call.
+template <typename Calls>
+bool JpegReader::succeeds(Calls calls) {
+  static_assert(std::is_trivially_destructible_v<Calls>);
+  if (setjmp(m_onError) != 0) return false;  // NOLINT(cert-err52-cpp): how libjpeg reports errors
+  calls();
+  return true;
+}
+
+JpegReader::JpegReader(QByteArrayView file) : m_file(file) {
+  m_jpeg.err = jpeg_std_error(&m_errors);
+  m_errors.error_exit = [](j_common_ptr jpeg) { readerOf(jpeg).fail(); };
+  m_errors.output_message = [](j_common_ptr) {};
+  m_jpeg.client_data = this;
+}
+
+JpegReader::~JpegReader() {
+  jpeg_destroy_decompress(&m_jpeg);
+}
+
+bool JpegReader::readHeader(Markers markers) {
+  return succeeds([&] {
+    jpeg_create_decompress(&m_jpeg);
+    jpeg_mem_src(&m_jpeg, reinterpret_cast<const unsigned char*>(m_file.data()),
+                 static_cast<unsigned long>(m_file.size()));
+    if (markers == Markers::saved) {
+      jpeg_save_markers(&m_jpeg, kExifMarker, kLongestSegment);
+      jpeg_save_markers(&m_jpeg, kProfileMarker, kLongestSegment);
+    }
+    jpeg_read_header(&m_jpeg, TRUE);
+    m_jpeg.out_color_space = isInks(m_jpeg) ? JCS_CMYK : JCS_EXT_RGBA;  // RGBX8888 with 255 in the fourth byte
+  });
+}
+
+QSize JpegReader::size() const {
+  return {static_cast<int>(m_jpeg.image_width), static_cast<int>(m_jpeg.image_height)};
+}
+
+ColorModel JpegReader::colorModel() const {
+  if (m_jpeg.num_components == 1) return ColorModel::gray;
+  if (!isInks(m_jpeg)) return ColorModel::rgb;
+  return m_jpeg.saw_Adobe_marker ? ColorModel::invertedCmyk : ColorModel::cmyk;  // Adobe's habit, not its standard
+}
+
+PictureMetadata JpegReader::metadata() {
+  PictureMetadata metadata;
+  metadata.iccProfile = iccProfile();
+  metadata.pixelAspect = pixelAspectOf(m_jpeg.X_density, m_jpeg.Y_density);
+  for (const auto* saved = m_jpeg.marker_list; saved != nullptr; saved = saved->next) {
+    const QByteArrayView content(saved->data, static_cast<qsizetype>(saved->data_length));
+    if (saved->marker != kExifMarker || !content.startsWith(QByteArrayView("Exif\0", 5))) continue;
+    metadata.orientation = exifOrientationOfBlock(content);
+    break;
+  }
+  return metadata;
+}
+
+QByteArray JpegReader::iccProfile() {
+  JOCTET* data = nullptr;
+  unsigned size = 0;
+  const bool isRead = succeeds([&] { jpeg_read_icc_profile(&m_jpeg, &data, &size); });
+  const std::unique_ptr<JOCTET, decltype(&std::free)> owned(data, &std::free);
+  if (!isRead || data == nullptr) return {};
+  return {reinterpret_cast<const char*>(data), static_cast<qsizetype>(size)};
+}
+
+QImage JpegReader::decode(int eighths) {
+  const bool isReady = succeeds([&] {
+    m_jpeg.scale_num = static_cast<unsigned>(eighths);
+    m_jpeg.scale_denom = 8;
+    jpeg_calc_output_dimensions(&m_jpeg);
+  });
+  if (!isReady) return {};
+  const QSize scaled(static_cast<int>(m_jpeg.output_width), static_cast<int>(m_jpeg.output_height));
+  QImage pixels = unsetPixels(scaled, QImage::Format_RGBX8888);
+  if (pixels.isNull()) throw std::bad_alloc();
+  const bool isWhole = succeeds([this, bits = pixels.bits(), stride = pixels.bytesPerLine()] {
+    startOutput();
+    while (m_jpeg.output_scanline < m_jpeg.output_height) {
+      JSAMPROW row = bits + m_jpeg.output_scanline * stride;
+      jpeg_read_scanlines(&m_jpeg, &row, 1);
+    }
+  });
+  return isWhole ? pixels : QImage();
+}
+
+// Reads all scans but the last, where there are several.
+void JpegReader::startOutput() {
+  const bool isOneOfMany = jpeg_has_multiple_scans(&m_jpeg);
+  m_jpeg.buffered_image = isOneOfMany;
+  jpeg_start_decompress(&m_jpeg);
+  if (!isOneOfMany) return;
+  while (jpeg_consume_input(&m_jpeg) != JPEG_REACHED_EOI) {
+    if (m_jpeg.input_scan_number > kMostScans) fail();
+  }
+  jpeg_start_output(&m_jpeg, m_jpeg.input_scan_number);
+}
+
+bool JpegReader::hasWarned() const {
+  return m_errors.num_warnings > 0;
+}
+
+ImageError JpegReader::error() const {
+  const bool isTooLarge = m_errors.msg_code == JERR_OUT_OF_MEMORY || m_errors.msg_code == JERR_IMAGE_TOO_BIG;
+  return isTooLarge ? ImageError::tooLarge : ImageError::damaged;
+}
+
+}  // namespace lumagrid
