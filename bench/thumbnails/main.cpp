@@ -3,19 +3,15 @@
 //   reference_ms  what the library takes (processor time, median),
 //   ratio         ours divided by it,
 //   clock_ratio   the same by the clock on the wall: for a machine that does nothing else.
-// Files that are not for the quick way are left out, and named.
 //
 // LUMAGRID_BENCH_PHOTOS names a folder of JPEG files to take instead of made ones.
 #include <benchmark/benchmark.h>
 #include <turbojpeg.h>
 
-#include <cstdio>
-
 #include "BaselineJpegEighth.h"
 #include "BenchPhotos.h"
 #include "JpegReader.h"
 #include "PixelBuffer.h"
-#include "ProgressiveJpegScans.h"
 
 using namespace lumagrid;
 
@@ -30,9 +26,11 @@ QImage decodedByLibrary(QByteArrayView file, QSize size) {
   return pixels;
 }
 
-QImage decodedByOurs(QByteArrayView file, QSize size) {
+QImage decodedByOurs(QByteArrayView file) {
   const QImage pixels = baselineJpegAtEighth(file);
-  return pixels.isNull() ? decodedByLibrary(progressiveJpegForEighth(file), size) : pixels;
+  JpegReader reader(file);
+  if (!pixels.isNull() || !reader.readHeader(JpegReader::Markers::skipped)) return pixels;
+  return reader.decode(1);
 }
 
 void decodeEighth(benchmark::State& state, const QByteArray& bytes, QSize size) {
@@ -40,7 +38,7 @@ void decodeEighth(benchmark::State& state, const QByteArray& bytes, QSize size) 
   Comparison times;
   for ([[maybe_unused]] auto _ : state) {
     times = compared(
-        kRounds, [&] { benchmark::DoNotOptimize(decodedByOurs(bytes, size)); },
+        kRounds, [&] { benchmark::DoNotOptimize(decodedByOurs(bytes)); },
         [&] { benchmark::DoNotOptimize(decodedByLibrary(bytes, size)); });
     state.SetIterationTime(times.ours.processor / 1e3);
   }
@@ -55,12 +53,8 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   for (const BenchPhoto& photo : benchPhotos()) {
     JpegReader reader(photo.bytes);
-    const bool isJpeg = reader.readHeader(JpegReader::Markers::skipped);
+    if (!reader.readHeader(JpegReader::Markers::skipped)) continue;
     const QSize size((reader.size().width() + 7) / 8, (reader.size().height() + 7) / 8);
-    if (!isJpeg || (baselineJpegAtEighth(photo.bytes).isNull() && progressiveJpegForEighth(photo.bytes).isNull())) {
-      std::printf("%s: left to the general decoder\n", photo.name.c_str());
-      continue;
-    }
     benchmark::RegisterBenchmark(
         ("eighth/" + photo.name).c_str(),
         [bytes = photo.bytes, size](benchmark::State& state) { decodeEighth(state, bytes, size); })

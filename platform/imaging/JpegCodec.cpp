@@ -7,7 +7,6 @@
 #include "JpegStrips.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
-#include "ProgressiveJpegScans.h"
 #include "WorkerPool.h"
 
 namespace lumagrid {
@@ -22,15 +21,6 @@ int fewestEighths(QSize size, QSize target) {
     if (covers(size.width(), target.width()) && covers(size.height(), target.height())) return eighths;
   }
   return kWhole;
-}
-
-QImage progressiveAtEighth(QByteArrayView file) {
-  const QByteArray needed = progressiveJpegForEighth(file);
-  if (needed.isNull()) return {};
-  JpegReader reader(needed);
-  if (!reader.readHeader(JpegReader::Markers::skipped)) return {};
-  const QImage pixels = reader.decode(1);
-  return reader.hasWarned() ? QImage() : pixels;
 }
 
 }  // namespace
@@ -50,7 +40,6 @@ DecodedImage decodeJpeg(const CodecRequest& request) {
   const int eighths = request.bound > 0 ? fewestEighths(size, target) : kWhole;
   if (eighths == 1) {
     picture.pixels = baselineJpegAtEighth(request.bytes);
-    if (picture.pixels.isNull()) picture.pixels = progressiveAtEighth(request.bytes);
   } else if (eighths == kWhole) {
     constexpr qsizetype kPixelsWorthAStrip = qsizetype{1} << 21;  // 10 ms; smaller pictures come many at once
     const auto strips = static_cast<int>(qsizetype{size.width()} * size.height() / kPixelsWorthAStrip);

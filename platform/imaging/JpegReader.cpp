@@ -1,5 +1,6 @@
 #include "JpegReader.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -24,6 +25,37 @@ JpegReader& readerOf(j_common_ptr jpeg) {
 
 bool isInks(const jpeg_decompress_struct& jpeg) {
   return jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK;
+}
+
+// Whether the scan that has begun is of AC coefficients, and no pixel of their component depends on more than a mean.
+bool isScanUnused(const jpeg_decompress_struct& jpeg) {
+  if (!jpeg.progressive_mode || jpeg.comps_in_scan != 1 || jpeg.Ss == 0) return false;
+#if JPEG_LIB_VERSION >= 70
+  return jpeg.cur_comp_info[0]->DCT_h_scaled_size == 1 && jpeg.cur_comp_info[0]->DCT_v_scaled_size == 1;
+#else
+  return jpeg.cur_comp_info[0]->DCT_scaled_size == 1;
+#endif
+}
+
+// Whether the scans so far have all bits of all coefficients. The library smooths blocks that lack some, depending on
+// how far the last scan got.
+bool isComplete(const jpeg_decompress_struct& jpeg) {
+  const int* const bitsLacking = jpeg.coef_bits[0];
+  return std::all_of(bitsLacking, bitsLacking + jpeg.num_components * DCTSIZE2, [](int bits) { return bits == 0; });
+}
+
+// Moves on to the next marker that is no restart. To the library, the scan is then one whose data is cut short.
+void skipScan(jpeg_source_mgr& source) {
+  const QByteArrayView data(source.next_input_byte, static_cast<qsizetype>(source.bytes_in_buffer));
+  const auto endsAt = [data](qsizetype at) {
+    const int code = at + 1 < data.size() ? static_cast<unsigned char>(data[at + 1]) : JPEG_EOI;
+    return code != 0 && code != 0xff && (code < JPEG_RST0 || code > JPEG_RST0 + 7);
+  };
+  qsizetype end = data.indexOf('\xff');
+  while (end >= 0 && !endsAt(end)) end = data.indexOf('\xff', end + 1);
+  if (end < 0) end = data.size();
+  source.next_input_byte += end;
+  source.bytes_in_buffer -= static_cast<std::size_t>(end);
 }
 
 }  // namespace
@@ -52,15 +84,19 @@ JpegReader::~JpegReader() {
 bool JpegReader::readHeader(Markers markers) {
   return succeeds([&] {
     jpeg_create_decompress(&m_jpeg);
-    jpeg_mem_src(&m_jpeg, reinterpret_cast<const unsigned char*>(m_file.data()),
-                 static_cast<unsigned long>(m_file.size()));
     if (markers == Markers::saved) {
       jpeg_save_markers(&m_jpeg, kExifMarker, kLongestSegment);
       jpeg_save_markers(&m_jpeg, kProfileMarker, kLongestSegment);
     }
-    jpeg_read_header(&m_jpeg, TRUE);
-    m_jpeg.out_color_space = isInks(m_jpeg) ? JCS_CMYK : JCS_EXT_RGBA;  // RGBX8888 with 255 in the fourth byte
+    start();
   });
+}
+
+void JpegReader::start() {
+  jpeg_mem_src(&m_jpeg, reinterpret_cast<const unsigned char*>(m_file.data()),
+               static_cast<unsigned long>(m_file.size()));
+  jpeg_read_header(&m_jpeg, TRUE);
+  m_jpeg.out_color_space = isInks(m_jpeg) ? JCS_CMYK : JCS_EXT_RGBA;  // RGBX8888 with 255 in the fourth byte
 }
 
 QSize JpegReader::size() const {
@@ -96,17 +132,17 @@ QByteArray JpegReader::iccProfile() {
 }
 
 QImage JpegReader::decode(int eighths) {
-  const bool isReady = succeeds([&] {
-    m_jpeg.scale_num = static_cast<unsigned>(eighths);
-    m_jpeg.scale_denom = 8;
-    jpeg_calc_output_dimensions(&m_jpeg);
-  });
-  if (!isReady) return {};
+  if (!succeeds([&] { setScale(eighths); })) return {};
   const QSize scaled(static_cast<int>(m_jpeg.output_width), static_cast<int>(m_jpeg.output_height));
   QImage pixels = unsetPixels(scaled, QImage::Format_RGBX8888);
   if (pixels.isNull()) throw std::bad_alloc();
-  const bool isWhole = succeeds([this, bits = pixels.bits(), stride = pixels.bytesPerLine()] {
-    startOutput();
+  const bool isWhole = succeeds([&, bits = pixels.bits(), stride = pixels.bytesPerLine()] {
+    if (!startOutput(Scans::used)) {
+      jpeg_abort_decompress(&m_jpeg);
+      start();
+      setScale(eighths);
+      (void)startOutput(Scans::all);
+    }
     while (m_jpeg.output_scanline < m_jpeg.output_height) {
       JSAMPROW row = bits + m_jpeg.output_scanline * stride;
       jpeg_read_scanlines(&m_jpeg, &row, 1);
@@ -115,20 +151,29 @@ QImage JpegReader::decode(int eighths) {
   return isWhole ? pixels : QImage();
 }
 
-// Reads all scans but the last, where there are several.
-void JpegReader::startOutput() {
+void JpegReader::setScale(int eighths) {
+  m_jpeg.scale_num = static_cast<unsigned>(eighths);
+  m_jpeg.scale_denom = 8;
+  jpeg_calc_output_dimensions(&m_jpeg);
+}
+
+// Where there are several scans, they are read before the first row comes out. False when it takes all of them.
+bool JpegReader::startOutput(Scans scans) {
   const bool isOneOfMany = jpeg_has_multiple_scans(&m_jpeg);
   m_jpeg.buffered_image = isOneOfMany;
   jpeg_start_decompress(&m_jpeg);
-  if (!isOneOfMany) return;
-  while (jpeg_consume_input(&m_jpeg) != JPEG_REACHED_EOI) {
+  if (!isOneOfMany) return true;
+  bool isAnySkipped = false;
+  for (int reached = JPEG_REACHED_SOS; reached != JPEG_REACHED_EOI; reached = jpeg_consume_input(&m_jpeg)) {
+    if (reached != JPEG_REACHED_SOS) continue;
     if (m_jpeg.input_scan_number > kMostScans) fail();
+    if (scans == Scans::all || !isScanUnused(m_jpeg)) continue;
+    skipScan(*m_jpeg.src);
+    isAnySkipped = true;
   }
+  if (isAnySkipped && !isComplete(m_jpeg)) return false;
   jpeg_start_output(&m_jpeg, m_jpeg.input_scan_number);
-}
-
-bool JpegReader::hasWarned() const {
-  return m_errors.num_warnings > 0;
+  return true;
 }
 
 ImageError JpegReader::error() const {

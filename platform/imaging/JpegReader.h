@@ -36,7 +36,6 @@ class JpegReader {
   // file. Once.
   [[nodiscard]] QImage decode(int eighths);
 
-  [[nodiscard]] bool hasWarned() const;
   // Of the call that failed.
   [[nodiscard]] ImageError error() const;
 
@@ -44,7 +43,10 @@ class JpegReader {
   template <typename Calls>
   [[nodiscard]] bool succeeds(Calls calls);
   [[noreturn]] void fail() { std::longjmp(m_onError, 1); }
-  void startOutput();
+  enum class Scans : unsigned char { used, all };
+  void start();
+  void setScale(int eighths);
+  [[nodiscard]] bool startOutput(Scans scans);
   [[nodiscard]] QByteArray iccProfile();
 
   QByteArrayView m_file;
