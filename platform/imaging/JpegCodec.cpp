@@ -44,7 +44,7 @@ DecodedImage decodeJpeg(const CodecRequest& request) {
     constexpr qsizetype kPixelsWorthAStrip = qsizetype{1} << 21;  // 10 ms; smaller pictures come many at once
     const auto strips = static_cast<int>(qsizetype{size.width()} * size.height() / kPixelsWorthAStrip);
     // Two for each core: one that is busy with something else then keeps nobody waiting.
-    if (strips > 1) picture.pixels = jpegInStrips(request.bytes, std::min(strips, 2 * coreCount()));
+    if (strips > 1) picture.pixels = jpegInStrips(reader, std::min(strips, 2 * coreCount()));
   }
   if (picture.pixels.isNull()) picture.pixels = reader.decode(eighths);
   if (picture.pixels.isNull()) return {{}, reader.error()};

@@ -143,12 +143,50 @@ QImage JpegReader::decode(int eighths) {
       setScale(eighths);
       (void)startOutput(Scans::all);
     }
-    while (m_jpeg.output_scanline < m_jpeg.output_height) {
-      JSAMPROW row = bits + m_jpeg.output_scanline * stride;
-      jpeg_read_scanlines(&m_jpeg, &row, 1);
-    }
+    readRows(0, static_cast<int>(m_jpeg.output_height), bits, stride);
   });
   return isWhole ? pixels : QImage();
+}
+
+QByteArrayView JpegReader::sequentialData() const {
+  const bool isOfOneScan = !m_jpeg.progressive_mode && m_jpeg.comps_in_scan == m_jpeg.num_components &&
+                           m_jpeg.Ss == 0 && m_jpeg.Se == DCTSIZE2 - 1 && m_jpeg.Ah == 0 && m_jpeg.Al == 0;
+  const bool isPlain = isOfOneScan && !m_jpeg.arith_code && m_jpeg.data_precision == BITS_IN_JSAMPLE;
+  if (!isPlain || m_errors.num_warnings > 0) return {};
+  return m_file.last(static_cast<qsizetype>(m_jpeg.src->bytes_in_buffer));
+}
+
+bool JpegReader::decodeStrip(const Strip& strip, uchar* pixels, qsizetype stride) {
+  const bool isDecoded = succeeds([&] {
+    continueAt(strip.data, strip.top);
+    jpeg_start_decompress(&m_jpeg);
+    readRows(strip.first - strip.top, strip.end - strip.top, pixels + strip.first * stride, stride);
+  });
+  return isDecoded && m_errors.num_warnings == 0;
+}
+
+// Takes off the rows above, and does again what the library has worked out from the height.
+void JpegReader::continueAt(QByteArrayView data, int top) {
+  m_jpeg.src->next_input_byte = reinterpret_cast<const JOCTET*>(data.data());
+  m_jpeg.src->bytes_in_buffer = static_cast<std::size_t>(data.size());
+  m_jpeg.image_height -= static_cast<JDIMENSION>(top);
+  const auto rowsOf = [this](int factor) {
+    const auto rowHeight = static_cast<JDIMENSION>(m_jpeg.max_v_samp_factor * DCTSIZE);
+    return (m_jpeg.image_height * static_cast<JDIMENSION>(factor) + rowHeight - 1) / rowHeight;
+  };
+  m_jpeg.total_iMCU_rows = rowsOf(1);
+  for (int index = 0; index < m_jpeg.num_components; ++index) {
+    jpeg_component_info& component = m_jpeg.comp_info[index];
+    component.height_in_blocks = rowsOf(component.v_samp_factor);
+  }
+}
+
+// The rows above the first one pass through its memory.
+void JpegReader::readRows(int first, int end, uchar* to, qsizetype stride) {
+  while (m_jpeg.output_scanline < static_cast<JDIMENSION>(end)) {
+    JSAMPROW row = to + std::max(static_cast<int>(m_jpeg.output_scanline) - first, 0) * stride;
+    jpeg_read_scanlines(&m_jpeg, &row, 1);
+  }
 }
 
 void JpegReader::setScale(int eighths) {

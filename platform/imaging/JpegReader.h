@@ -28,6 +28,7 @@ class JpegReader {
 
   // Reads all that stands before the data of the first scan. To be called first, and once.
   [[nodiscard]] bool readHeader(Markers markers);
+  [[nodiscard]] QByteArrayView file() const { return m_file; }
   [[nodiscard]] QSize size() const;
   [[nodiscard]] ColorModel colorModel() const;
   [[nodiscard]] PictureMetadata metadata();
@@ -35,6 +36,23 @@ class JpegReader {
   // The picture at `eighths` (1, 2, 4 or 8) of its size, rounded up: RGBX8888, or the four inks as they are in the
   // file. Once.
   [[nodiscard]] QImage decode(int eighths);
+
+  // What the library found before the first scan.
+  [[nodiscard]] const jpeg_decompress_struct& header() const { return m_jpeg; }
+  // All that stands behind the header, where that is without fault and one scan of Huffman codes makes the picture;
+  // empty for every other file.
+  [[nodiscard]] QByteArrayView sequentialData() const;
+
+  // Instead of decode(), for `data` from behind a restart marker 7: it begins with the MCU row of `top`, and is decoded
+  // as a file of its own. Stores the rows from `first` to `end` of the picture, `pixels` being its row 0. False for
+  // data with the slightest damage, too.
+  struct Strip {
+    QByteArrayView data;
+    int top;
+    int first;
+    int end;
+  };
+  [[nodiscard]] bool decodeStrip(const Strip& strip, uchar* pixels, qsizetype stride);
 
   // Of the call that failed.
   [[nodiscard]] ImageError error() const;
@@ -47,6 +65,8 @@ class JpegReader {
   void start();
   void setScale(int eighths);
   [[nodiscard]] bool startOutput(Scans scans);
+  void continueAt(QByteArrayView data, int top);
+  void readRows(int first, int end, uchar* to, qsizetype stride);
   [[nodiscard]] QByteArray iccProfile();
 
   QByteArrayView m_file;
