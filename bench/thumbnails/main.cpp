@@ -27,10 +27,10 @@ QImage decodedByLibrary(QByteArrayView file, QSize size) {
 }
 
 QImage decodedByOurs(QByteArrayView file) {
-  const QImage pixels = baselineJpegAtEighth(file);
   JpegReader reader(file);
-  if (!pixels.isNull() || !reader.readHeader(JpegReader::Markers::skipped)) return pixels;
-  return reader.decode(1);
+  if (!reader.readHeader(JpegReader::Markers::skipped) || !reader.scaleTo(1)) return {};
+  const QImage pixels = baselineJpegAtEighth(reader);
+  return pixels.isNull() ? reader.decode() : pixels;
 }
 
 void decodeEighth(benchmark::State& state, const QByteArray& bytes, QSize size) {
@@ -52,9 +52,8 @@ void decodeEighth(benchmark::State& state, const QByteArray& bytes, QSize size) 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   for (const BenchPhoto& photo : benchPhotos()) {
-    JpegReader reader(photo.bytes);
-    if (!reader.readHeader(JpegReader::Markers::skipped)) continue;
-    const QSize size((reader.size().width() + 7) / 8, (reader.size().height() + 7) / 8);
+    const QSize size = decodedByOurs(photo.bytes).size();
+    if (size.isEmpty()) continue;
     benchmark::RegisterBenchmark(
         ("eighth/" + photo.name).c_str(),
         [bytes = photo.bytes, size](benchmark::State& state) { decodeEighth(state, bytes, size); })

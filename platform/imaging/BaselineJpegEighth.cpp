@@ -7,53 +7,56 @@
 #include <vector>
 
 #include "BaselineJpegBits.h"
-#include "BaselineJpegCodes.h"
-#include "BaselineJpegHeader.h"
+#include "BaselineJpegHuffman.h"
 #include "BaselineJpegPixels.h"
 #include "PixelBuffer.h"
 
 namespace lumagrid {
 namespace {
 
-// Above it, decoders differ in how sums overflow. Coefficients of pictures stay below 1200.
+// Beyond it, the library's results depend on the processor: its vector code computes with 16 bits. What encoders write
+// stays below 1200.
 constexpr int kLargestCoefficient = 2047;
 
-constexpr std::array<std::uint8_t, 64> kPlaceOfZigzag = {
-    0,  1,  8,  16, 9,  2,  3,  10, 17, 24, 32, 25, 18, 11, 4,  5,  12, 19, 26, 33, 40, 48,
-    41, 34, 27, 20, 13, 6,  7,  14, 21, 28, 35, 42, 49, 56, 57, 50, 43, 36, 29, 22, 15, 23,
-    30, 37, 44, 51, 58, 59, 52, 45, 38, 31, 39, 46, 53, 60, 61, 54, 47, 55, 62, 63};
+// Coefficients come in zigzag order. This is where in the 8 rows of 8 they belong, and where the library keeps their
+// quantisation.
+constexpr std::array<std::uint8_t, 64> kNaturalOrder = {0,  1,  8,  16, 9,  2,  3,  10, 17, 24, 32, 25, 18, 11, 4,  5,
+                                                        12, 19, 26, 33, 40, 48, 41, 34, 27, 20, 13, 6,  7,  14, 21, 28,
+                                                        35, 42, 49, 56, 57, 50, 43, 36, 29, 22, 15, 23, 30, 37, 44, 51,
+                                                        58, 59, 52, 45, 38, 31, 39, 46, 53, 60, 61, 54, 47, 55, 62, 63};
 
 std::uint8_t sampleOf(int centered) {
   return static_cast<std::uint8_t>(std::clamp(centered + 128, 0, 255));
 }
 
-// The inverse transform of 8 × 8 coefficients to 2 × 2 samples, in the arithmetic of the Independent JPEG Group's
-// "jidctred": integers with 13 fraction bits, rounded after the columns and after the rows. The even columns and rows
-// but the first have no part in it.
-class ReducedTransform {
+// The inverse cosine transform of 8 × 8 coefficients at a quarter of its size, 2 × 2 samples, first down the columns
+// and then along the rows. In both directions the two samples are the sum and the difference of an even part, which is
+// the first coefficient alone, and an odd part, to which the odd coefficients add with their weights; the other even
+// ones cancel out. Integers and roundings are those of libjpeg's jpeg_idct_2x2.
+class QuarterTransform {
  public:
   void start(int dc) {
     m_columns = {};
-    m_columns[0].even = dc * kOne;
+    m_columns[0].even = dc * kEvenWeight;
   }
 
-  void add(size_t zigzag, int coefficient) {
-    const size_t place = kPlaceOfZigzag[zigzag];
+  void add(size_t place, int coefficient) {
     Column& column = m_columns[place & 7];
     const size_t row = place >> 3;
     if (row == 0) {
-      column.even = coefficient * kOne;
+      column.even = coefficient * kEvenWeight;
     } else {
-      column.odd += coefficient * kWeights[row];
+      column.odd += coefficient * kOddWeights[row];
     }
   }
 
-  // False when decoders may differ in the result.
+  // False where a sample is so far out of range that it depends on the processor.
   bool store(std::uint8_t* upper, std::uint8_t* lower) const { return storeRow(1, upper) && storeRow(-1, lower); }
 
  private:
-  static constexpr int kOne = 1 << 15;  // 4 fraction-free bits beyond those 13 are dropped with them
-  static constexpr std::array<int, 8> kWeights = {0, 29692, 0, -10426, 0, 6967, 0, -5906};
+  // With 13 fraction bits; the even one stands for 4.
+  static constexpr int kEvenWeight = 1 << 15;
+  static constexpr std::array<int, 8> kOddWeights = {0, 29692, 0, -10426, 0, 6967, 0, -5906};
 
   bool storeRow(int sign, std::uint8_t* to) const {
     constexpr int kColumnShift = 13;
@@ -62,16 +65,16 @@ class ReducedTransform {
       const Column& column = m_columns[index];
       return (column.even + sign * column.odd + (1 << (kColumnShift - 1))) >> kColumnShift;
     };
-    const std::int64_t even = std::int64_t{ofColumn(0)} * kOne;
+    const std::int64_t even = std::int64_t{ofColumn(0)} * kEvenWeight;
     std::int64_t odd = 0;
-    for (const size_t column : {1, 3, 5, 7}) odd += std::int64_t{ofColumn(column)} * kWeights[column];
+    for (const size_t column : {1, 3, 5, 7}) odd += std::int64_t{ofColumn(column)} * kOddWeights[column];
     constexpr std::int64_t kHalf = std::int64_t{1} << (kRowShift - 1);
-    const std::int64_t first = (even + odd + kHalf) >> kRowShift;
-    const std::int64_t second = (even - odd + kHalf) >> kRowShift;
-    to[0] = sampleOf(static_cast<int>(first));
-    to[1] = sampleOf(static_cast<int>(second));
+    const std::int64_t left = (even + odd + kHalf) >> kRowShift;
+    const std::int64_t right = (even - odd + kHalf) >> kRowShift;
+    to[0] = sampleOf(static_cast<int>(left));
+    to[1] = sampleOf(static_cast<int>(right));
     const auto isSafe = [](std::int64_t sample) { return sample >= -512 && sample < 512; };
-    return isSafe(first) && isSafe(second);
+    return isSafe(left) && isSafe(right);
   }
 
   struct Column {
@@ -81,111 +84,127 @@ class ReducedTransform {
   std::array<Column, 8> m_columns;
 };
 
-// One component of the scan: how its blocks are read and where its samples go.
-struct Reader {
-  const BaselineJpegComponent* component = nullptr;
+// How the blocks of one component are decoded, and where their samples go.
+struct EighthComponent {
+  int blocksAcross = 1;  // in an MCU
+  int blocksDown = 1;
+  int blockSide = 1;  // samples of a block each way, 1 or 2
+  const UINT16* quantization = nullptr;
   const JpegCoefficientTable* dcTable = nullptr;
-  const JpegAcSkipper* skipper = nullptr;         // for one sample per block
+  const JpegAcSkipper* acSkipper = nullptr;       // for one sample per block
   const JpegCoefficientTable* acTable = nullptr;  // for 2 × 2
   int lastDc = 0;
-  int blockSide = 1;  // samples
   JpegSampleRows* rows = nullptr;
 };
 
-// libjpeg's rule: a component grows in its transform instead of afterwards, as long as it does so both ways.
-int blockSideOf(const BaselineJpegComponent& component, const BaselineJpeg& jpeg) {
-  int side = 1;
-  while (side < 8 && jpeg.horizontal % (component.horizontal * side * 2) == 0 &&
-         jpeg.vertical % (component.vertical * side * 2) == 0) {
-    side *= 2;
-  }
-  return side;
-}
-
 class EighthDecoder {
  public:
-  EighthDecoder(const BaselineJpeg& jpeg, QByteArrayView file) : m_jpeg(jpeg), m_bits(file.sliced(jpeg.scanStart)) {}
+  explicit EighthDecoder(const JpegReader& reader) : m_header(reader.header()), m_bits(reader.sequentialData()) {}
 
   QImage decode() {
-    const QSize size((m_jpeg.size.width() + 7) / 8, (m_jpeg.size.height() + 7) / 8);
-    const int columns = (size.width() + m_jpeg.horizontal - 1) / m_jpeg.horizontal;
-    const int rows = (size.height() + m_jpeg.vertical - 1) / m_jpeg.vertical;
-    if (!prepareReaders(columns)) return {};
+    if (!prepare()) return {};
+    const QSize size(static_cast<int>(m_header.output_width), static_cast<int>(m_header.output_height));
     QImage pixels = unsetPixels(size, QImage::Format_RGBX8888);
     if (pixels.isNull()) return {};
-    int untilRestart = m_jpeg.restartInterval;
+    const int rows = (size.height() + m_mcuHeight - 1) / m_mcuHeight;
+    const auto restartInterval = static_cast<int>(m_header.restart_interval);
+    int untilRestart = restartInterval;
     for (int row = 0; row < rows; ++row) {
-      for (int column = 0; column < columns; ++column) {
-        if (m_jpeg.restartInterval > 0 && untilRestart-- == 0) {
+      for (int column = 0; column < m_columns; ++column) {
+        if (restartInterval > 0 && untilRestart-- == 0) {
           if (!restart()) return {};
-          untilRestart = m_jpeg.restartInterval - 1;
+          untilRestart = restartInterval - 1;
         }
         if (!m_bits.prepare()) return {};
         JpegBitCursor bits = m_bits.cursor();
-        for (Reader& reader : m_readers) {
-          if (!readMcu(bits, reader, column)) return {};
+        for (EighthComponent& component : m_components) {
+          if (!readMcu(bits, component, column)) return {};
         }
         m_bits.setCursor(bits);
       }
-      const int first = row * m_jpeg.vertical;
-      const int count = std::min(m_jpeg.vertical, size.height() - first);
+      const int first = row * m_mcuHeight;
+      const int count = std::min(m_mcuHeight, size.height() - first);
       for (int line = 0; line < count; ++line) {
-        writeJpegRow(m_jpeg.colors, m_rows, line, pixels.scanLine(first + line), size.width());
+        writeJpegRow(m_header.jpeg_color_space, m_rows, line, pixels.scanLine(first + line), size.width());
       }
     }
-    constexpr int kEndOfImage = 0xd9;
-    if (!m_bits.endInterval(kEndOfImage)) return {};
+    if (!m_bits.endInterval(JPEG_EOI)) return {};
     return pixels;
   }
 
  private:
-  bool prepareReaders(int columns) {
-    using Kind = JpegCoefficientTable::Kind;
-    m_rows.resize(m_jpeg.components.size());
-    for (const BaselineJpegComponent& component : m_jpeg.components) {
-      Reader reader;
-      reader.rows = &m_rows[m_readers.size()];
-      reader.component = &component;
-      reader.blockSide = blockSideOf(component, m_jpeg);
-      const int across = component.horizontal * reader.blockSide;
-      const int down = component.vertical * reader.blockSide;
-      if (reader.blockSide > 2 || m_jpeg.horizontal % across != 0 || m_jpeg.vertical % down != 0) return false;
-      const auto dc = static_cast<size_t>(component.dcTable);
-      const auto ac = static_cast<size_t>(component.acTable);
-      if (!m_dcTables[dc]) m_dcTables[dc] = std::make_unique<JpegCoefficientTable>(m_jpeg.dcCodes[dc], Kind::dc);
-      reader.dcTable = m_dcTables[dc].get();
-      if (reader.blockSide == 1) {
-        if (!m_skippers[ac]) m_skippers[ac] = std::make_unique<JpegAcSkipper>(m_jpeg.acCodes[ac]);
-        reader.skipper = m_skippers[ac].get();
-      } else {
-        if (!m_acTables[ac]) m_acTables[ac] = std::make_unique<JpegCoefficientTable>(m_jpeg.acCodes[ac], Kind::ac);
-        reader.acTable = m_acTables[ac].get();
-      }
-      reader.rows->stride = static_cast<size_t>(columns) * static_cast<size_t>(across);
-      reader.rows->samples.resize(reader.rows->stride * static_cast<size_t>(down));
-      reader.rows->horizontalRepeat = m_jpeg.horizontal / across;
-      reader.rows->verticalRepeat = m_jpeg.vertical / down;
-      m_readers.push_back(reader);
+  // False for what only the library can decode.
+  bool prepare() {
+    const int count = m_header.num_components;
+    if (count != 1 && count != 3 && count != 4) return false;
+    // The sampling factors of a lone component mean nothing: its MCU is one block.
+    const bool isAlone = count == 1;
+    const int mcuWidth = isAlone ? 1 : m_header.max_h_samp_factor;
+    m_mcuHeight = isAlone ? 1 : m_header.max_v_samp_factor;
+    m_columns = (static_cast<int>(m_header.output_width) + mcuWidth - 1) / mcuWidth;
+    m_rows.resize(static_cast<size_t>(count));
+    int blocks = 0;
+    for (int index = 0; index < count; ++index) {
+      const jpeg_component_info& info = m_header.comp_info[index];
+      EighthComponent component;
+      if (!isAlone) component = {.blocksAcross = info.h_samp_factor, .blocksDown = info.v_samp_factor};
+      component.blockSide = jpegBlockSide(info);
+      const int across = component.blocksAcross * component.blockSide;
+      const int down = component.blocksDown * component.blockSide;
+      if (m_header.cur_comp_info[index] != &info || component.blockSide > 2) return false;
+      if (mcuWidth % across != 0 || m_mcuHeight % down != 0 || !findTables(info, component)) return false;
+      blocks += component.blocksAcross * component.blocksDown;
+      component.rows = &m_rows[static_cast<size_t>(index)];
+      component.rows->stride = static_cast<size_t>(m_columns) * static_cast<size_t>(across);
+      component.rows->samples.resize(component.rows->stride * static_cast<size_t>(down));
+      component.rows->horizontalRepeat = mcuWidth / across;
+      component.rows->verticalRepeat = m_mcuHeight / down;
+      m_components.push_back(component);
+    }
+    return blocks <= D_MAX_BLOCKS_IN_MCU;
+  }
+
+  bool findTables(const jpeg_component_info& info, EighthComponent& component) {
+    using Kind = JpegHuffmanTable::Kind;
+    const auto isThere = [](int number) { return number >= 0 && number < NUM_HUFF_TBLS; };
+    if (!isThere(info.dc_tbl_no) || !isThere(info.ac_tbl_no) || !isThere(info.quant_tbl_no)) return false;
+    const JQUANT_TBL* const quantization = m_header.quant_tbl_ptrs[info.quant_tbl_no];
+    const JHUFF_TBL* const dc = m_header.dc_huff_tbl_ptrs[info.dc_tbl_no];
+    const JHUFF_TBL* const ac = m_header.ac_huff_tbl_ptrs[info.ac_tbl_no];
+    if (!quantization || !dc || !ac) return false;
+    if (!JpegHuffmanTable::isValid(*dc, Kind::dc) || !JpegHuffmanTable::isValid(*ac, Kind::ac)) return false;
+    component.quantization = quantization->quantval;
+    auto& dcTable = m_dcTables[static_cast<size_t>(info.dc_tbl_no)];
+    if (!dcTable) dcTable = std::make_unique<JpegCoefficientTable>(*dc, Kind::dc);
+    component.dcTable = dcTable.get();
+    if (component.blockSide == 1) {
+      auto& skipper = m_acSkippers[static_cast<size_t>(info.ac_tbl_no)];
+      if (!skipper) skipper = std::make_unique<JpegAcSkipper>(*ac);
+      component.acSkipper = skipper.get();
+    } else {
+      auto& acTable = m_acTables[static_cast<size_t>(info.ac_tbl_no)];
+      if (!acTable) acTable = std::make_unique<JpegCoefficientTable>(*ac, Kind::ac);
+      component.acTable = acTable.get();
     }
     return true;
   }
 
   bool restart() {
-    constexpr int kRestart0 = 0xd0;
-    for (Reader& reader : m_readers) reader.lastDc = 0;
-    const int marker = kRestart0 + m_restarts;
+    for (EighthComponent& component : m_components) component.lastDc = 0;
+    const int marker = JPEG_RST0 + m_restarts;
     m_restarts = (m_restarts + 1) & 7;
     return m_bits.endInterval(marker);
   }
 
-  static bool readMcu(JpegBitCursor& bits, Reader& reader, int column) {
-    const BaselineJpegComponent& component = *reader.component;
-    const auto side = static_cast<size_t>(reader.blockSide);
-    const size_t left = static_cast<size_t>(column * component.horizontal) * side;
-    for (int y = 0; y < component.vertical; ++y) {
-      std::uint8_t* to = reader.rows->samples.data() + static_cast<size_t>(y) * side * reader.rows->stride + left;
-      for (int x = 0; x < component.horizontal; ++x, to += side) {
-        const bool isRead = reader.skipper != nullptr ? readMean(bits, reader, to) : readReduced(bits, reader, to);
+  // The component's part of the MCU in `column`.
+  static bool readMcu(JpegBitCursor& bits, EighthComponent& component, int column) {
+    const auto side = static_cast<size_t>(component.blockSide);
+    const size_t left = static_cast<size_t>(column * component.blocksAcross) * side;
+    for (int y = 0; y < component.blocksDown; ++y) {
+      std::uint8_t* to = component.rows->samples.data() + static_cast<size_t>(y) * side * component.rows->stride + left;
+      for (int x = 0; x < component.blocksAcross; ++x, to += side) {
+        const bool isRead =
+            component.acSkipper != nullptr ? readMean(bits, component, to) : readQuarter(bits, component, to);
         if (!isRead) return false;
       }
     }
@@ -193,60 +212,59 @@ class EighthDecoder {
   }
 
   // The first coefficient of the next block, dequantised.
-  static bool readDc(JpegBitCursor& bits, Reader& reader, int& dc) {
+  static bool readDc(JpegBitCursor& bits, EighthComponent& component, int& dc) {
     bits.refill();
     JpegCoefficient difference;
-    if (!reader.dcTable->take(bits, difference)) return false;
-    reader.lastDc += difference.value;
-    dc = reader.lastDc * reader.component->quantization[0];
+    if (!component.dcTable->take(bits, difference)) return false;
+    component.lastDc += difference.value;
+    dc = component.lastDc * component.quantization[0];
     // The first test keeps the product from overflowing in the next block.
-    return std::abs(reader.lastDc) <= kLargestCoefficient && std::abs(dc) <= kLargestCoefficient;
+    return std::abs(component.lastDc) <= kLargestCoefficient && std::abs(dc) <= kLargestCoefficient;
   }
 
-  static bool readMean(JpegBitCursor& bits, Reader& reader, std::uint8_t* to) {
+  static bool readMean(JpegBitCursor& bits, EighthComponent& component, std::uint8_t* to) {
     int dc = 0;
-    if (!readDc(bits, reader, dc)) return false;
+    if (!readDc(bits, component, dc)) return false;
     *to = sampleOf((dc + 4) >> 3);
-    return reader.skipper->skipBlock(bits);
+    return component.acSkipper->skipBlock(bits);
   }
 
-  static bool readReduced(JpegBitCursor& bits, Reader& reader, std::uint8_t* to) {
+  static bool readQuarter(JpegBitCursor& bits, EighthComponent& component, std::uint8_t* to) {
     int dc = 0;
-    if (!readDc(bits, reader, dc)) return false;
-    ReducedTransform transform;
+    if (!readDc(bits, component, dc)) return false;
+    QuarterTransform transform;
     transform.start(dc);
     JpegCoefficient coefficient;
     for (size_t position = 1; position < 64; ++position) {
       bits.refill();
-      if (!reader.acTable->take(bits, coefficient)) return false;
+      if (!component.acTable->take(bits, coefficient)) return false;
       if (coefficient.isEndOfBlock) break;
       position += coefficient.run;
       if (position > 63) return false;
-      const int dequantized = coefficient.value * reader.component->quantization[position];
-      if (std::abs(dequantized) > kLargestCoefficient) return false;
-      transform.add(position, dequantized);
+      const size_t place = kNaturalOrder[position];
+      const int dequantised = coefficient.value * component.quantization[place];
+      if (std::abs(dequantised) > kLargestCoefficient) return false;
+      transform.add(place, dequantised);
     }
-    return transform.store(to, to + reader.rows->stride);
+    return transform.store(to, to + component.rows->stride);
   }
 
-  const BaselineJpeg& m_jpeg;
+  const jpeg_decompress_struct& m_header;
   BaselineJpegBits m_bits;
-  std::vector<Reader> m_readers;
+  int m_mcuHeight = 1;  // in pixels of an eighth
+  int m_columns = 0;    // of MCUs
+  std::vector<EighthComponent> m_components;
   std::vector<JpegSampleRows> m_rows;  // of the same components
-  std::array<std::unique_ptr<JpegCoefficientTable>, 4> m_dcTables;
-  std::array<std::unique_ptr<JpegCoefficientTable>, 4> m_acTables;
-  std::array<std::unique_ptr<JpegAcSkipper>, 4> m_skippers;
+  std::array<std::unique_ptr<JpegCoefficientTable>, NUM_HUFF_TBLS> m_dcTables;
+  std::array<std::unique_ptr<JpegCoefficientTable>, NUM_HUFF_TBLS> m_acTables;
+  std::array<std::unique_ptr<JpegAcSkipper>, NUM_HUFF_TBLS> m_acSkippers;
   int m_restarts = 0;
 };
 
 }  // namespace
 
-QImage baselineJpegAtEighth(QByteArrayView file) {
-  const auto jpeg = baselineJpegHeader(file);
-  // At such sizes, several scales give the same size, and libjpeg-turbo takes the largest of them.
-  constexpr int kSmallestSide = 5;
-  if (!jpeg || std::max(jpeg->size.width(), jpeg->size.height()) < kSmallestSide) return {};
-  return EighthDecoder(*jpeg, file).decode();
+QImage baselineJpegAtEighth(const JpegReader& reader) {
+  return reader.sequentialData().isEmpty() ? QImage() : EighthDecoder(reader).decode();
 }
 
 }  // namespace lumagrid

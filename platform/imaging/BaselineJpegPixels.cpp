@@ -60,25 +60,25 @@ void writeColors(std::span<const std::uint8_t* const> samples, std::uint8_t* to,
 
 }  // namespace
 
-void writeJpegRow(JpegColors colors, std::span<const JpegSampleRows> components, int line, std::uint8_t* to,
+void writeJpegRow(J_COLOR_SPACE colors, std::span<const JpegSampleRows> components, int line, std::uint8_t* to,
                   int width) {
   std::array<std::vector<std::uint8_t>, 4> buffers;
   std::array<const std::uint8_t*, 4> samples{};
   for (size_t index = 0; index < components.size(); ++index) {
     samples[index] = perPixel(components[index], line, width, buffers[index]);
   }
-  if (colors == JpegColors::yCbCr || colors == JpegColors::ycck) {
+  if (colors == JCS_YCbCr || colors == JCS_YCCK) {
     writeColors(samples, to, width);
   } else {
     for (int x = 0; x < width; ++x) {
       for (size_t index = 0; index < 3; ++index) {
-        to[4 * x + static_cast<int>(index)] = samples[colors == JpegColors::gray ? 0 : index][x];
+        to[4 * x + static_cast<int>(index)] = samples[colors == JCS_GRAYSCALE ? 0 : index][x];
       }
       to[4 * x + 3] = 255;
     }
   }
   if (components.size() < 4) return;
-  const int inverted = colors == JpegColors::ycck ? 255 : 0;
+  const int inverted = colors == JCS_YCCK ? 255 : 0;
   for (int x = 0; x < width; ++x, to += 4) {
     for (int index = 0; index < 3; ++index) to[index] = static_cast<std::uint8_t>(to[index] ^ inverted);
     to[3] = samples[3][x];

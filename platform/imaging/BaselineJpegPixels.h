@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>  // jpeglib.h needs it first
 #include <span>
 #include <vector>
 
-#include "BaselineJpegHeader.h"
+#include <jpeglib.h>
 
 namespace lumagrid {
 
@@ -16,8 +17,9 @@ struct JpegSampleRows {
   int verticalRepeat = 1;
 };
 
-// Makes the pixels of line `line` of a row of MCUs: red, green, blue and 255, or the four inks. The arithmetic is that
+// Makes the pixels of line `line` of a row of MCUs: red, green, blue and 255, or CMYK. The arithmetic is that
 // of the Independent JPEG Group (JFIF's equations with 16 fraction bits, rounded).
-void writeJpegRow(JpegColors colors, std::span<const JpegSampleRows> components, int line, std::uint8_t* to, int width);
+void writeJpegRow(J_COLOR_SPACE colors, std::span<const JpegSampleRows> components, int line, std::uint8_t* to,
+                  int width);
 
 }  // namespace lumagrid

@@ -38,15 +38,16 @@ DecodedImage decodeJpeg(const CodecRequest& request) {
   picture.storedSize = size;
   const QSize target = shownSize(size, picture.metadata.pixelAspect, request.bound);
   const int eighths = request.bound > 0 ? fewestEighths(size, target) : kWhole;
+  if (!reader.scaleTo(eighths)) return {{}, reader.error()};
   if (eighths == 1) {
-    picture.pixels = baselineJpegAtEighth(request.bytes);
+    picture.pixels = baselineJpegAtEighth(reader);
   } else if (eighths == kWhole) {
     constexpr qsizetype kPixelsWorthAStrip = qsizetype{1} << 21;  // 10 ms; smaller pictures come many at once
     const auto strips = static_cast<int>(qsizetype{size.width()} * size.height() / kPixelsWorthAStrip);
     // Two for each core: one that is busy with something else then keeps nobody waiting.
     if (strips > 1) picture.pixels = jpegInStrips(reader, std::min(strips, 2 * coreCount()));
   }
-  if (picture.pixels.isNull()) picture.pixels = reader.decode(eighths);
+  if (picture.pixels.isNull()) picture.pixels = reader.decode();
   if (picture.pixels.isNull()) return {{}, reader.error()};
   return finished(std::move(picture), request.bound);
 }

@@ -29,12 +29,7 @@ bool isInks(const jpeg_decompress_struct& jpeg) {
 
 // Whether the scan that has begun is of AC coefficients, and no pixel of their component depends on more than a mean.
 bool isScanUnused(const jpeg_decompress_struct& jpeg) {
-  if (!jpeg.progressive_mode || jpeg.comps_in_scan != 1 || jpeg.Ss == 0) return false;
-#if JPEG_LIB_VERSION >= 70
-  return jpeg.cur_comp_info[0]->DCT_h_scaled_size == 1 && jpeg.cur_comp_info[0]->DCT_v_scaled_size == 1;
-#else
-  return jpeg.cur_comp_info[0]->DCT_scaled_size == 1;
-#endif
+  return jpeg.progressive_mode && jpeg.comps_in_scan == 1 && jpeg.Ss > 0 && jpegBlockSide(*jpeg.cur_comp_info[0]) == 1;
 }
 
 // Whether the scans so far have all bits of all coefficients. The library smooths blocks that lack some, depending on
@@ -131,19 +126,28 @@ QByteArray JpegReader::iccProfile() {
   return {reinterpret_cast<const char*>(data), static_cast<qsizetype>(size)};
 }
 
-QImage JpegReader::decode(int eighths) {
-  if (!succeeds([&] { setScale(eighths); })) return {};
-  const QSize scaled(static_cast<int>(m_jpeg.output_width), static_cast<int>(m_jpeg.output_height));
-  QImage pixels = unsetPixels(scaled, QImage::Format_RGBX8888);
+bool JpegReader::scaleTo(int eighths) {
+  return succeeds([&] {
+    m_jpeg.scale_num = static_cast<unsigned>(eighths);
+    m_jpeg.scale_denom = DCTSIZE;
+    jpeg_calc_output_dimensions(&m_jpeg);
+  });
+}
+
+QImage JpegReader::decode() {
+  const QSize size(static_cast<int>(m_jpeg.output_width), static_cast<int>(m_jpeg.output_height));
+  QImage pixels = unsetPixels(size, QImage::Format_RGBX8888);
   if (pixels.isNull()) throw std::bad_alloc();
   const bool isWhole = succeeds([&, bits = pixels.bits(), stride = pixels.bytesPerLine()] {
     if (!startOutput(Scans::used)) {
+      const unsigned eighths = m_jpeg.scale_num;
       jpeg_abort_decompress(&m_jpeg);
       start();
-      setScale(eighths);
+      m_jpeg.scale_num = eighths;
+      m_jpeg.scale_denom = DCTSIZE;
       (void)startOutput(Scans::all);
     }
-    readRows(0, static_cast<int>(m_jpeg.output_height), bits, stride);
+    readRows(0, size.height(), bits, stride);
   });
   return isWhole ? pixels : QImage();
 }
@@ -187,12 +191,6 @@ void JpegReader::readRows(int first, int end, uchar* to, qsizetype stride) {
     JSAMPROW row = to + std::max(static_cast<int>(m_jpeg.output_scanline) - first, 0) * stride;
     jpeg_read_scanlines(&m_jpeg, &row, 1);
   }
-}
-
-void JpegReader::setScale(int eighths) {
-  m_jpeg.scale_num = static_cast<unsigned>(eighths);
-  m_jpeg.scale_denom = 8;
-  jpeg_calc_output_dimensions(&m_jpeg);
 }
 
 // Where there are several scans, they are read before the first row comes out. False when it takes all of them.

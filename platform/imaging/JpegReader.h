@@ -14,6 +14,15 @@
 
 namespace lumagrid {
 
+// How many samples, each way, a component has of a block at the scale of its picture.
+[[nodiscard]] inline int jpegBlockSide(const jpeg_component_info& component) {
+#if JPEG_LIB_VERSION >= 70
+  return component.DCT_h_scaled_size;  // and no other down
+#else
+  return component.DCT_scaled_size;
+#endif
+}
+
 // A JPEG file, read by libjpeg-turbo. What the library goes on after with a warning (junk between segments, data cut
 // short) makes a whole picture, gray where nothing came. What it cannot go on after makes none: the call fails, and
 // nothing but error() may be asked any more. One thread at a time.
@@ -33,11 +42,12 @@ class JpegReader {
   [[nodiscard]] ColorModel colorModel() const;
   [[nodiscard]] PictureMetadata metadata();
 
-  // The picture at `eighths` (1, 2, 4 or 8) of its size, rounded up: RGBX8888, or the four inks as they are in the
-  // file. Once.
-  [[nodiscard]] QImage decode(int eighths);
+  // Makes the picture that is decoded `eighths` (1, 2, 4 or 8) of the size in the file, rounded up.
+  [[nodiscard]] bool scaleTo(int eighths);
+  // The picture in RGBX8888, or CMYK as it is in the file. Once.
+  [[nodiscard]] QImage decode();
 
-  // What the library found before the first scan.
+  // What the library found before the first scan, and works out from the scale.
   [[nodiscard]] const jpeg_decompress_struct& header() const { return m_jpeg; }
   // All that stands behind the header, where that is without fault and one scan of Huffman codes makes the picture;
   // empty for every other file.
@@ -63,7 +73,6 @@ class JpegReader {
   [[noreturn]] void fail() { std::longjmp(m_onError, 1); }
   enum class Scans : unsigned char { used, all };
   void start();
-  void setScale(int eighths);
   [[nodiscard]] bool startOutput(Scans scans);
   void continueAt(QByteArrayView data, int top);
   void readRows(int first, int end, uchar* to, qsizetype stride);

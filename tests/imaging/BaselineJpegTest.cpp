@@ -40,14 +40,23 @@ QImage generalPicture(int scale, const QByteArray& file, const JpegSpec& spec, D
   return damage == Damage::refused || pixels == decodedOver(~0U) ? pixels : QImage();
 }
 
-QImage readPicture(int eighths, const QByteArray& file) {
+// By a reader that has read the header and is scaled.
+template <typename Decode>
+QImage readPicture(int eighths, const QByteArray& file, Decode decode) {
   JpegReader reader(file);
-  return reader.readHeader(JpegReader::Markers::skipped) ? reader.decode(eighths) : QImage();
+  return reader.readHeader(JpegReader::Markers::skipped) && reader.scaleTo(eighths) ? decode(reader) : QImage();
+}
+
+QImage quickAtEighth(const QByteArray& file) {
+  return readPicture(1, file, [](const JpegReader& reader) { return baselineJpegAtEighth(reader); });
+}
+
+QImage readAtEighth(const QByteArray& file) {
+  return readPicture(1, file, [](JpegReader& reader) { return reader.decode(); });
 }
 
 QImage readInStrips(const QByteArray& file, int strips) {
-  JpegReader reader(file);
-  return reader.readHeader(JpegReader::Markers::skipped) ? jpegInStrips(reader, strips) : QImage();
+  return readPicture(8, file, [strips](const JpegReader& reader) { return jpegInStrips(reader, strips); });
 }
 
 }  // namespace
@@ -88,10 +97,10 @@ class BaselineJpegTest : public QObject {
           const QByteArray file = samples::jpeg(image, spec);
           const QImage general = generalPicture(8, file, spec);
           QVERIFY(!general.isNull());
-          QCOMPARE(baselineJpegAtEighth(file), general);
+          QCOMPARE(quickAtEighth(file), general);
           for (int round = 0; round < 40; ++round) {
             const QByteArray broken = samples::broken(file, file.indexOf("\xff\xda"), random);
-            const QImage quick = baselineJpegAtEighth(broken);
+            const QImage quick = quickAtEighth(broken);
             if (quick.isNull()) continue;
             ++acceptedCount;
             const QImage wanted = generalPicture(8, broken, spec);
@@ -117,14 +126,14 @@ class BaselineJpegTest : public QObject {
                           {.restartInterval = 3}}) {
       spec.coding = &jpeg_simple_progression;
       const QByteArray file = samples::jpeg(image, spec);
-      QCOMPARE(readPicture(1, file), generalPicture(8, file, spec));
+      QCOMPARE(readAtEighth(file), generalPicture(8, file, spec));
       for (int round = 0; round < 200; ++round) {
         const QByteArray damaged = round % 2 ? samples::broken(file, file.indexOf("\xff\xda"), random)
                                              : file.first(file.size() * (round + 1) / 202);
         const QImage wanted = generalPicture(8, damaged, spec, Damage::tolerated);
         if (wanted.isNull()) continue;
         ++damagedCount;
-        QVERIFY2(readPicture(1, damaged) == wanted, qPrintable(QString::number(round)));
+        QVERIFY2(readAtEighth(damaged) == wanted, qPrintable(QString::number(round)));
       }
     }
     QVERIFY2(damagedCount > 100, qPrintable(QString::number(damagedCount)));
@@ -176,7 +185,6 @@ class BaselineJpegTest : public QObject {
                            jpeg->scan_info = kScans;
                            jpeg->num_scans = 3;
                          }});
-    QTest::newRow("four pixels") << samples::jpeg(image.copy(0, 0, 2, 2));
     QTest::newRow("cut short") << file.left(file.size() / 2);
     QTest::newRow("without its end") << file.chopped(2);
     QTest::newRow("bytes between data and end") << QByteArray(file).insert(file.size() - 2, "abc");
@@ -187,7 +195,7 @@ class BaselineJpegTest : public QObject {
 
   void leavesTheRestToTheGeneralDecoder() {
     QFETCH(const QByteArray, file);
-    QVERIFY(baselineJpegAtEighth(file).isNull());
+    QVERIFY(quickAtEighth(file).isNull());
   }
 };
 
