@@ -29,7 +29,8 @@ std::vector<Span> spans(double start, double end, int imageLength, int first, in
   std::vector<Span> result;
   for (int i = 0; i < 3; ++i) {
     if (imageEdges[i + 1] > imageEdges[i]) {
-      result.push_back({edges[i], edges[i + 1], imageEdges[i], imageEdges[i + 1], i == 1});
+      const bool isPixel = imageEdges[i + 1] - imageEdges[i] == 1;  // what is larger is drawn as it is, as an icon is
+      result.push_back({edges[i], edges[i + 1], imageEdges[i], imageEdges[i + 1], i == 1 && isPixel});
     }
   }
   return result;
