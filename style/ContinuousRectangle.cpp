@@ -8,7 +8,8 @@ namespace lumagrid {
 QSGNode* ContinuousRectangle::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
   auto* root = old;
   if (!root) {
-    root = new QSGNode;
+    // The software renderer finds no place for the children of a plain node once their opacity alone changes.
+    root = new QSGTransformNode;
     root->appendChildNode(new NinePatchNode);
     root->appendChildNode(new NinePatchNode);
   }
