@@ -10,7 +10,7 @@ ContinuousRectangle {
     required property ContentView view
     readonly property bool isError: view.shown.statusIsError
 
-    implicitWidth: label.implicitWidth + 32
+    implicitWidth: Math.ceil(label.implicitWidth) + 32
     implicitHeight: label.height + 20
     radius: 18
     color: isError ? WindowPalette.errorBackground : WindowPalette.withOpacity(WindowPalette.windowBackground, 0.9)
@@ -24,7 +24,9 @@ ContinuousRectangle {
     SingleLineText {
         id: label
 
-        anchors.centerIn: parent
+        anchors.left: parent.left
+        anchors.leftMargin: 16
+        anchors.verticalCenter: parent.verticalCenter
         width: Math.min(implicitWidth, root.width - 32)
         content: root.view.shown.newStatus
         font: Fonts.system(13, Font.Medium)

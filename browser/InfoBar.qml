@@ -54,6 +54,7 @@ ContinuousRectangle {
 
             anchors.right: parent.right
             anchors.verticalCenter: parent.verticalCenter
+            width: Math.ceil(implicitWidth) // it starts at a whole point
             text: root.view.shown.counterText
             textFormat: Text.PlainText
             font: Fonts.system(13, Font.DemiBold)

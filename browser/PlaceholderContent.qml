@@ -2,7 +2,7 @@ import QtQuick
 import Lumagrid.Browser
 import Lumagrid.Style
 
-// The message of an empty stage.
+// The message of an empty stage. Texts start at whole points: between two pixels they are blurred.
 Column {
     id: root
 
@@ -21,7 +21,7 @@ Column {
     }
 
     Text {
-        anchors.horizontalCenter: parent.horizontalCenter
+        x: Math.round((root.width - width) / 2)
         text: root.title
         textFormat: Text.PlainText
         font: Fonts.system(22, Font.Bold)
@@ -31,7 +31,7 @@ Column {
     }
 
     Text {
-        anchors.horizontalCenter: parent.horizontalCenter
+        x: Math.round((root.width - width) / 2)
         width: Math.min(implicitWidth, 520)
         text: root.subtitle
         textFormat: Text.PlainText
