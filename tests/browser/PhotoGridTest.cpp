@@ -80,8 +80,11 @@ class PhotoGridTest : public QObject {
 
   void theSameFolderKeepsItsPlace() {
     open(400, 200);
-    const auto placeOf = [this](int number) { return tiles()[number]->y() - m_grid->contentY(); };
-    const double place = placeOf(201);
+    const auto placeOf = [this](int number) {
+      const PhotoThumbnailTile* tile = tiles().value(number);
+      return tile ? std::optional(tile->y() - m_grid->contentY()) : std::nullopt;
+    };
+    const auto place = placeOf(201);
     const auto reopenWithout = [this](const QList<int>& numbers) {
       for (const int number : numbers) {
         QVERIFY(QFile::remove(QFile::decodeName(m_folder.url(numberedNames(number + 1).last()).path())));

@@ -79,6 +79,10 @@ class PhotoUiTest : public QObject {
     QTRY_VERIFY(isAt(2));
     QCoreApplication::processEvents();
     QVERIFY(isAt(2));
+    window.window.hide();  // no frame comes
+    window.press(Qt::Key_Right);
+    window.press(Qt::Key_Left);
+    QTRY_COMPARE(window.library.currentIndex(), 2);
   }
 
   void keysActWhateverHasTheFocus() {
@@ -118,14 +122,14 @@ class PhotoUiTest : public QObject {
     });
     window.platform.alert.answer = 1;
     window.platform.alert.whileOpen = [&] {
-      QCOMPARE(shown.last(), 3);  // what is asked about was seen
+      QVERIFY(!shown.isEmpty() && shown.last() == 3);  // what is asked about was seen
       window.press(Qt::Key_Left);
     };
     for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Right, Qt::Key_Delete, Qt::Key_Left}) {
       window.press(key);
     }
     QTRY_COMPARE(window.platform.alert.asked.size(), 1);
-    QCOMPARE(shown.mid(shown.size() - 3), (QList<qint64>{1, 2, 3}));
+    QCOMPARE(shown.mid(std::max<qsizetype>(0, shown.size() - 3)), (QList<qint64>{1, 2, 3}));
     QCOMPARE(window.library.currentIndex(), 3);
     for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Left, Qt::Key_Left}) window.press(key);
     QTest::mousePress(&window.window, Qt::LeftButton, {}, window.middle());  // goes before what waits

@@ -109,7 +109,7 @@ void UiWindow::pinch(const QList<double>& magnifications, const std::function<vo
   send(Qt::EndNativeGesture, 0);
 }
 
-bool UiWindow::drop(const QUrl& url) {
+std::optional<bool> UiWindow::drop(const QUrl& url) {
   QMimeData data;
   data.setUrls({url});
   constexpr auto kActions = Qt::CopyAction | Qt::MoveAction;
@@ -120,7 +120,7 @@ bool UiWindow::drop(const QUrl& url) {
   if (!enter.isAccepted() || !move.isAccepted()) {
     QDragLeaveEvent leave;
     QCoreApplication::sendEvent(&window, &leave);
-    return false;
+    return std::nullopt;
   }
   QDropEvent drop(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier);
   QCoreApplication::sendEvent(&window, &drop);

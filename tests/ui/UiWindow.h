@@ -59,8 +59,8 @@ class UiWindow {
   // Two fingers on a touch pad, over the middle of the window; magnifications are relative to the start.
   void pinch(const QList<double>& magnifications, const std::function<void()>& atTheLast = nullptr);
   // Drops what is at `url` on the middle of the window from a source that would rather move it; whether the window took
-  // a copy. What it refuses while it hovers is not dropped.
-  bool drop(const QUrl& url);
+  // a copy. Nothing when it was refused while it hovered.
+  std::optional<bool> drop(const QUrl& url);
 
   [[nodiscard]] QPoint middle() const { return {window.width() / 2, window.height() / 2}; }
   [[nodiscard]] int menuBarHeight() const { return window.minimumHeight() - 760; }
