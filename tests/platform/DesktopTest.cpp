@@ -1,4 +1,3 @@
-#include <QDirIterator>
 #include <QFileDialog>
 #include <QLabel>
 #include <QMenu>
@@ -75,12 +74,8 @@ class DesktopTest : public QObject {
 
   // Of dialogs, menus and preferences the last alone leave something.
   void cleanupTestCase() {
-    QStringList files;
-    constexpr auto kFiles = QDir::Files | QDir::Hidden | QDir::System;
-    for (QDirIterator it(QFile::decodeName(kHome.path()), kFiles, QDirIterator::Subdirectories); it.hasNext();) {
-      files.append(it.next().mid(kHome.path().size()));
-    }
-    files.removeOne(QStringLiteral("/config/lumagrid/lumagrid.conf"));
+    QStringList files = filesBelow(kHome.path());
+    files.removeOne(QFile::decodeName(kHome.path() + "/config/lumagrid/lumagrid.conf"));
     QCOMPARE(files, QStringList());
   }
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDirIterator>
 #include <QFile>
 #include <QTemporaryDir>
 #include <filesystem>
@@ -60,4 +61,13 @@ inline std::optional<QByteArray> readFile(const QByteArray& path) {
   std::ifstream file(path.constData(), std::ios::binary);
   if (!file) return std::nullopt;
   return QByteArray::fromStdString(std::string(std::istreambuf_iterator<char>(file), {}));
+}
+
+// The paths of all that is no folder, at any depth.
+inline QStringList filesBelow(const QByteArray& folder) {
+  QStringList files;
+  constexpr auto kFiles = QDir::Files | QDir::Hidden | QDir::System;
+  QDirIterator each(QFile::decodeName(folder), kFiles, QDirIterator::Subdirectories);
+  while (each.hasNext()) files.append(each.next());
+  return files;
 }

@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 
-#include <QDirIterator>
 #include <QStorageInfo>
 #include <QTest>
 #include <csignal>
@@ -140,22 +139,14 @@ class TrashTest : public QObject {
     QCOMPARE(std::system("touch -d @1 " + photo.path()), 0);
     const FileIdentity meant = FileIdentity::of(photo);
     QCOMPARE(std::system("cd " + m_folder + " && " + command), 0);
-    const auto listed = [this] {
-      QStringList paths;
-      for (QDirIterator it(QFile::decodeName(m_folder), QDir::AllEntries | QDir::NoDotAndDotDot,
-                           QDirIterator::Subdirectories);
-           it.hasNext();)
-        paths.append(it.next());
-      return paths;
-    };
-    const QStringList before = listed();
+    const QStringList before = filesBelow(m_folder);
     const std::optional<QString> reason = DesktopTrash().trashItem(photo, meant);
     QTEST(reason.value_or(QString()), "reason");
     // … nor does a new question, unless it is about a file.
     if (const QFileInfo now(QFile::decodeName(photo.path())); now.isDir() || now.isSymLink()) {
       QVERIFY(moveToTrash(photo.path()));
     }
-    QCOMPARE(listed(), before);
+    QCOMPARE(filesBelow(m_folder), before);
     QVERIFY(contentOf(m_trash).isEmpty());
   }
 
