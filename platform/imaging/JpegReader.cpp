@@ -101,7 +101,8 @@ QSize JpegReader::size() const {
 ColorModel JpegReader::colorModel() const {
   if (m_jpeg.num_components == 1) return ColorModel::gray;
   if (!isInks(m_jpeg)) return ColorModel::rgb;
-  return m_jpeg.saw_Adobe_marker ? ColorModel::invertedCmyk : ColorModel::cmyk;  // Adobe's habit, not its standard
+  // Adobe's programs write CMYK inverted.
+  return m_jpeg.saw_Adobe_marker ? ColorModel::invertedCmyk : ColorModel::cmyk;
 }
 
 PictureMetadata JpegReader::metadata() {
@@ -193,7 +194,8 @@ void JpegReader::readRows(int first, int end, uchar* to, qsizetype stride) {
   }
 }
 
-// Where there are several scans, they are read before the first row comes out. False when it takes all of them.
+// Where there are several scans, they are read before the first row comes out. False where pixels would differ because
+// some were left out.
 bool JpegReader::startOutput(Scans scans) {
   const bool isOneOfMany = jpeg_has_multiple_scans(&m_jpeg);
   m_jpeg.buffered_image = isOneOfMany;

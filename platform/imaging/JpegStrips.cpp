@@ -1,5 +1,6 @@
 #include "JpegStrips.h"
 
+#include <algorithm>
 #include <atomic>
 #include <numeric>
 #include <optional>
@@ -36,7 +37,8 @@ struct McuGrid {
 };
 
 std::vector<int> rowsToCutAt(const McuGrid& grid, int restartInterval, int strips) {
-  const int step = kRestartCycle * restartInterval / std::gcd(grid.columns, kRestartCycle * restartInterval);
+  const int cycle = kRestartCycle * restartInterval;  // in MCUs
+  const int step = std::max(cycle / std::gcd(grid.columns, cycle), 1);
   std::vector<int> rows = {0};
   for (int strip = 1; strip < strips; ++strip) {
     const int row = (grid.rows * strip / strips + step / 2) / step * step;
