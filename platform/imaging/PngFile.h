@@ -12,10 +12,9 @@ namespace lumagrid {
 // What of a PNG file its pixels and their colours need, put in the order in which a decoder wants it. Texts and all
 // else that such a file may carry, packed a thousandfold, never reach one.
 struct PngFile {
-  QByteArray head;  // from the signature to the header of a single IDAT chunk; its checksums are 0
-  std::vector<QByteArrayView>
-      pieces;               // the content of that chunk (of all IDAT chunks, as far as the file goes), the end
-  qsizetype dataBytes = 0;  // of that chunk's content
+  QByteArray head;                     // from the signature to the header of a single IDAT chunk; its checksums are 0
+  std::vector<QByteArrayView> pieces;  // what follows: the content of all IDAT chunks, as far as the file goes; the end
+  qsizetype dataBytes = 0;             // of that content
   PictureMetadata metadata;
 };
 
