@@ -49,6 +49,8 @@ cmsUInt32Number sourceType(ColorModel model, Depth depth) {
       return TYPE_CMYK_8;
     case ColorModel::invertedCmyk:
       return TYPE_CMYK_8_REV;
+    case ColorModel::lab:
+      return COLORSPACE_SH(PT_Lab) | CHANNELS_SH(3) | EXTRA_SH(1) | BYTES_SH(depth == Depth::bits8 ? 1 : 2);
   }
   return 0;
 }
@@ -99,7 +101,7 @@ std::unique_ptr<MatrixConversion> makeMatrix(cmsHPROFILE profile, const Colors& 
 Transform makeTransform(cmsHPROFILE profile, ColorModel model, Depth depth) {
   const Profile srgb(cmsCreate_sRGBProfile());
   cmsUInt32Number flags = cmsFLAGS_NOCACHE;  // the cache of one pixel is shared by the users of a transform
-  if (model == ColorModel::rgb) flags |= cmsFLAGS_COPY_ALPHA;
+  if (model == ColorModel::rgb || model == ColorModel::lab) flags |= cmsFLAGS_COPY_ALPHA;
   return Transform(
       cmsCreateTransform(profile, sourceType(model, depth), srgb.get(), TYPE_RGBA_8, INTENT_PERCEPTUAL, flags));
 }
@@ -114,6 +116,7 @@ std::shared_ptr<const Conversion> makeConversion(const QByteArray& iccProfile, C
   conversion->model = model;
   const cmsColorSpaceSignature wanted = isInks(model)               ? cmsSigCmykData
                                         : model == ColorModel::gray ? cmsSigGrayData
+                                        : model == ColorModel::lab  ? cmsSigLabData
                                                                     : cmsSigRgbData;
   if (space != wanted) return conversion;
   conversion->transform = makeTransform(profile.get(), model, depth);
@@ -205,7 +208,7 @@ QImage convertedToSrgb(QImage pixels, ColorModel model, const QByteArray& iccPro
   const auto conversion =
       iccProfile.isEmpty() ? std::make_shared<const Conversion>() : conversionFor(iccProfile, model, depth);
   if (!conversion->transform && !isInks(model)) return std::move(pixels).convertToFormat(result);
-  if (depth == Depth::bits16 && conversion->model == ColorModel::rgb && !isInks(model)) {
+  if (depth == Depth::bits16 && conversion->model != ColorModel::gray && !isInks(model)) {
     QImage converted = unsetPixels(pixels.size(), result);
     for (int y = 0; y < converted.height(); ++y) {
       cmsDoTransform(conversion->transform.get(), pixels.constScanLine(y), converted.scanLine(y),
@@ -216,6 +219,14 @@ QImage convertedToSrgb(QImage pixels, ColorModel model, const QByteArray& iccPro
   pixels = std::move(pixels).convertToFormat(result);
   convertRows(*conversion, model, pixels);
   return pixels;
+}
+
+QByteArray labProfile() {
+  const Profile profile(cmsCreateLab4Profile(nullptr));
+  cmsUInt32Number size = 0;
+  if (!profile || !cmsSaveProfileToMem(profile.get(), nullptr, &size)) return {};
+  QByteArray bytes(static_cast<qsizetype>(size), Qt::Uninitialized);
+  return cmsSaveProfileToMem(profile.get(), bytes.data(), &size) ? bytes : QByteArray();
 }
 
 }  // namespace lumagrid

@@ -1,6 +1,8 @@
 #include <tiffio.h>
 
 #include <algorithm>
+#include <cstring>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -8,6 +10,7 @@
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
 #include "PixelBuffer.h"
+#include "TiffLayout.h"
 #include "TiffSamples.h"
 
 namespace lumagrid {
@@ -65,59 +68,6 @@ Tiff open(Source& source) {
           &TIFFClose};
 }
 
-template <typename Number>
-Number fieldOr(TIFF* tiff, ttag_t tag, Number fallback) {
-  Number value{};
-  return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : fallback;
-}
-
-enum class Alpha : unsigned char { none, associated, unassociated };
-
-struct Layout {
-  QSize size;
-  SampleType type;
-  int samplesPerPixel = 1;
-  int colorCount = 1;  // of the samples; alpha follows them
-  Alpha alpha = Alpha::none;
-  ColorModel model = ColorModel::rgb;
-  bool isInverted = false;
-  bool isPlanar = false;
-};
-
-Alpha alphaOf(TIFF* tiff) {
-  quint16 count = 0;
-  quint16* kinds = nullptr;
-  if (TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1 || count == 0) return Alpha::none;
-  if (kinds[0] == EXTRASAMPLE_ASSOCALPHA) return Alpha::associated;
-  return kinds[0] == EXTRASAMPLE_UNASSALPHA ? Alpha::unassociated : Alpha::none;
-}
-
-Layout layoutOf(TIFF* tiff, QSize size) {
-  Layout layout;
-  layout.size = size;
-  layout.type.bits = fieldOr<quint16>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
-  const auto format = fieldOr<quint16>(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
-  if (format == SAMPLEFORMAT_INT) layout.type.kind = SampleKind::signedInteger;
-  if (format == SAMPLEFORMAT_IEEEFP) layout.type.kind = SampleKind::floatingPoint;
-  layout.samplesPerPixel = fieldOr<quint16>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
-  layout.isPlanar = fieldOr<quint16>(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
-  const auto photometric = fieldOr<quint16>(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-  layout.isInverted = photometric == PHOTOMETRIC_MINISWHITE;
-  if (photometric == PHOTOMETRIC_MINISWHITE || photometric == PHOTOMETRIC_MINISBLACK) layout.model = ColorModel::gray;
-  if (photometric == PHOTOMETRIC_SEPARATED) layout.model = ColorModel::cmyk;
-  layout.colorCount = layout.model == ColorModel::gray ? 1 : layout.model == ColorModel::rgb ? 3 : 4;
-  if (layout.model != ColorModel::cmyk && layout.samplesPerPixel > layout.colorCount) layout.alpha = alphaOf(tiff);
-  return layout;
-}
-
-// Whether readSamples() knows the layout; the others (palettes, bits, YCbCr, Lab, fax, …) are the library's to turn
-// into RGBA.
-bool isDirect(TIFF* tiff, const Layout& layout) {
-  const auto photometric = fieldOr<quint16>(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-  return photometric <= PHOTOMETRIC_SEPARATED && photometric != PHOTOMETRIC_PALETTE &&
-         photometric != PHOTOMETRIC_MASK && isSupported(layout.type) && layout.samplesPerPixel >= layout.colorCount;
-}
-
 // Where one strip or tile stands in the picture, in pixels.
 struct Block {
   int left = 0;
@@ -127,11 +77,32 @@ struct Block {
   int storedWidth = 0;  // of its rows in memory
 };
 
+// Colours of a palette, by indices of 8 or 16 bits.
+void copyIndices(const TiffLayout& layout, const uchar* from, int stored, uchar* to, int count) {
+  for (int x = 0; x < count; ++x, to += 4) {
+    quint16 index = from[qsizetype{x} * stored];
+    if (layout.type.bits == 16) std::memcpy(&index, from + qsizetype{x} * stored * 2, 2);
+    std::copy_n(layout.palette[index].data(), 3, to);
+  }
+}
+
+// Brings a and b from signed numbers, where the file has such, to those of ICC profiles, which count from -128.
 template <typename Target>
-void copyBlock(const Layout& layout, const Block& block, const uchar* samples, int plane, QImage& pixels) {
+void centerLab(const TiffLayout& layout, Target* to, int count) {
+  constexpr int kSign = std::numeric_limits<Target>::max() / 2 + 1;
+  constexpr int kLargest = std::numeric_limits<Target>::max();
+  for (int x = 0; x < count; ++x, to += 4) {
+    const int value = layout.hasSignedLab ? *to ^ kSign : *to;
+    // With 16 bits, the file's unit is 1/256, and that of profiles 1/257.
+    *to = static_cast<Target>(sizeof(Target) == 1 ? value : std::min(value + value / 256, kLargest));
+  }
+}
+
+template <typename Target>
+void copyBlock(const TiffLayout& layout, const Block& block, const uchar* samples, int plane, QImage& pixels) {
   const int stored = layout.isPlanar ? 1 : layout.samplesPerPixel;
   const qsizetype sampleBytes = layout.type.bits / 8;
-  const int used = layout.colorCount + (layout.alpha == Alpha::none ? 0 : 1);
+  const int used = layout.colorCount + (layout.alpha == TiffAlpha::none ? 0 : 1);
   for (int y = 0; y < block.height; ++y) {
     const uchar* from = samples + qsizetype{y} * block.storedWidth * stored * sampleBytes;
     auto* row = reinterpret_cast<Target*>(pixels.scanLine(block.top + y)) + qsizetype{block.left} * 4;
@@ -139,31 +110,36 @@ void copyBlock(const Layout& layout, const Block& block, const uchar* samples, i
       const int sample = layout.isPlanar ? plane : index;
       const bool isAlpha = sample >= layout.colorCount;
       Target* to = row + (isAlpha ? 3 : sample);
+      if (!isAlpha && !layout.palette.empty()) {
+        copyIndices(layout, from, stored, reinterpret_cast<uchar*>(row), block.width);
+        continue;
+      }
       scaleSamples(layout.type, from + index * sampleBytes, stored, to, 4, block.width);
       if (isAlpha) continue;
       if (layout.isInverted) {
         for (int x = 0; x < block.width; ++x) to[x * 4] = static_cast<Target>(~to[x * 4]);
       }
+      if (layout.model == ColorModel::lab && sample > 0) centerLab(layout, to, block.width);
       if (layout.model != ColorModel::gray) continue;
       for (int x = 0; x < block.width; ++x) to[x * 4 + 1] = to[x * 4 + 2] = to[x * 4];
     }
   }
 }
 
-Block blockAt(TIFF* tiff, const Layout& layout, quint32 number, quint32 blocksPerPlane) {
+Block blockAt(TIFF* tiff, const TiffLayout& layout, quint32 number, quint32 blocksPerPlane) {
   Block block;
   quint32 rows = 0;
   if (TIFFIsTiled(tiff)) {
-    const auto width = fieldOr<quint32>(tiff, TIFFTAG_TILEWIDTH, 1);
-    rows = fieldOr<quint32>(tiff, TIFFTAG_TILELENGTH, 1);
+    const auto width = tiffField<quint32>(tiff, TIFFTAG_TILEWIDTH, 1);
+    rows = tiffField<quint32>(tiff, TIFFTAG_TILELENGTH, 1);
     const quint32 across = (static_cast<quint32>(layout.size.width()) - 1) / width + 1;
     const quint32 index = number % blocksPerPlane;
     block.left = static_cast<int>(index % across * width);
     block.top = static_cast<int>(index / across * rows);
     block.storedWidth = static_cast<int>(width);
   } else {
-    rows =
-        std::min(fieldOr<quint32>(tiff, TIFFTAG_ROWSPERSTRIP, UINT32_MAX), static_cast<quint32>(layout.size.height()));
+    rows = std::min(tiffField<quint32>(tiff, TIFFTAG_ROWSPERSTRIP, UINT32_MAX),
+                    static_cast<quint32>(layout.size.height()));
     block.top = static_cast<int>(number % blocksPerPlane * rows);
     block.storedWidth = layout.size.width();
   }
@@ -173,8 +149,8 @@ Block blockAt(TIFF* tiff, const Layout& layout, quint32 number, quint32 blocksPe
 }
 
 // Null when not one block could be had; blocks that are damaged stay black.
-QImage readSamples(TIFF* tiff, const Layout& layout) {
-  const bool isDeep = layout.type.bits > 8 && layout.model != ColorModel::cmyk;
+QImage readSamples(TIFF* tiff, const TiffLayout& layout) {
+  const bool isDeep = layout.type.bits > 8 && layout.model != ColorModel::cmyk && layout.palette.empty();
   constexpr QImage::Format kFormats[2][3] = {
       {QImage::Format_RGBX8888, QImage::Format_RGBA8888_Premultiplied, QImage::Format_RGBA8888},
       {QImage::Format_RGBX64, QImage::Format_RGBA64_Premultiplied, QImage::Format_RGBA64}};
@@ -187,7 +163,7 @@ QImage readSamples(TIFF* tiff, const Layout& layout) {
   const quint32 blocks = isTiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
   const int planes = layout.isPlanar ? layout.samplesPerPixel : 1;
   const quint32 blocksPerPlane = std::max<quint32>(blocks / static_cast<quint32>(planes), 1);
-  const int usedPlanes = std::min(planes, layout.colorCount + (layout.alpha == Alpha::none ? 0 : 1));
+  const int usedPlanes = std::min(planes, layout.colorCount + (layout.alpha == TiffAlpha::none ? 0 : 1));
   std::vector<uchar> samples(static_cast<size_t>(blockBytes));
   bool hasAny = false;
   for (quint32 number = 0; number < blocks; ++number) {
@@ -227,10 +203,10 @@ QImage readRgba(TIFF* tiff, QSize size) {
 
 PictureMetadata metadataOf(TIFF* tiff) {
   PictureMetadata metadata;
-  const auto orientation = fieldOr<quint16>(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+  const auto orientation = tiffField<quint16>(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
   if (orientation >= ORIENTATION_TOPLEFT && orientation <= ORIENTATION_LEFTBOT) metadata.orientation = orientation;
   metadata.pixelAspect =
-      pixelAspectOf(fieldOr<float>(tiff, TIFFTAG_XRESOLUTION, 0), fieldOr<float>(tiff, TIFFTAG_YRESOLUTION, 0));
+      pixelAspectOf(tiffField<float>(tiff, TIFFTAG_XRESOLUTION, 0), tiffField<float>(tiff, TIFFTAG_YRESOLUTION, 0));
   quint32 profileBytes = 0;
   void* profile = nullptr;
   if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &profileBytes, &profile) == 1 && profileBytes <= kLargestProfileBytes) {
@@ -245,16 +221,17 @@ DecodedImage decodeTiff(const CodecRequest& request) {
   Source source{request.bytes};
   const Tiff tiff = open(source);
   if (!tiff) return {{}, ImageError::damaged};
-  const std::int64_t width = fieldOr<quint32>(tiff.get(), TIFFTAG_IMAGEWIDTH, 0);
-  const std::int64_t height = fieldOr<quint32>(tiff.get(), TIFFTAG_IMAGELENGTH, 0);
+  const std::int64_t width = tiffField<quint32>(tiff.get(), TIFFTAG_IMAGEWIDTH, 0);
+  const std::int64_t height = tiffField<quint32>(tiff.get(), TIFFTAG_IMAGELENGTH, 0);
   if (width < 1 || height < 1) return {{}, ImageError::damaged};
   if (!isPictureSizeSane(width, height)) return {{}, ImageError::tooLarge};
   const QSize size(static_cast<int>(width), static_cast<int>(height));
 
   RawPicture picture;
   picture.metadata = metadataOf(tiff.get());
-  const Layout layout = layoutOf(tiff.get(), size);
-  if (isDirect(tiff.get(), layout)) {
+  const TiffLayout layout = tiffLayout(tiff.get(), size);
+  if (layout.isDirect) {
+    if (layout.model == ColorModel::lab) picture.metadata.iccProfile = labProfile();
     picture.pixels = readSamples(tiff.get(), layout);
     picture.model = layout.model;
   } else {

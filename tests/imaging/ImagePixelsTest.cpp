@@ -54,13 +54,14 @@ QImage scatteredColors() {
 
 // Samples of one pixel for a whole TIFF of 32 × 32.
 template <typename Sample>
-QByteArray tiffOf(std::map<quint16, quint32> fields, std::initializer_list<Sample> pixel) {
+QByteArray tiffOf(std::map<quint16, quint32> fields, std::initializer_list<Sample> pixel,
+                  const QByteArray& colorMap = {}) {
   QByteArray bytes(static_cast<qsizetype>(pixel.size() * sizeof(Sample)), '\0');
   qToBigEndian<Sample>(pixel.begin(), static_cast<qsizetype>(pixel.size()), bytes.data());
   fields[TIFFTAG_IMAGEWIDTH] = fields[TIFFTAG_IMAGELENGTH] = 32;
   fields[TIFFTAG_BITSPERSAMPLE] = sizeof(Sample) * 8;
   fields[TIFFTAG_SAMPLESPERPIXEL] = static_cast<quint32>(pixel.size());
-  return tiff(fields, bytes.repeated(32 * 32));
+  return tiff(fields, bytes.repeated(32 * 32), colorMap);
 }
 
 QByteArray littleEndian(std::initializer_list<quint32> numbers) {
@@ -163,6 +164,12 @@ class ImagePixelsTest : public QObject {
     row("TIFF whose zero is white", tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE}}, {200}), grayed);
     const std::map<quint16, quint32> separated = {{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED}};
     row("TIFF of inks", tiffOf<quint8>(separated, {55, 195, 215, 0}), color);
+    row("TIFF of CIELab", tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_CIELAB}}, {121, 55, 45}), color);
+    const auto palette = [](qsizetype count) {
+      return QByteArray(count, '\xc8') + QByteArray(count, '\x3c') + QByteArray(count, '\x28');
+    };
+    row("TIFF of a palette, 16 bits",
+        tiffOf<quint16>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE}}, {65535}, palette(2 * 65536)), color);
     row("TIFF of inks, 16 bits", tiffOf<quint16>(separated, {55 * 257, 195 * 257, 215 * 257, 0}), color);
 
     const QByteArray transparent("\0\xc8\0\x3c\0\x28", 6);
@@ -181,6 +188,14 @@ class ImagePixelsTest : public QObject {
         premultiplied);
     row("TIFF with alpha in the colours",
         tiffOf<quint8>({{TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_ASSOCALPHA}}, {100, 30, 20, 128}), premultiplied);
+    row("TIFF of CIELab, 16 bits, with alpha",
+        tiffOf<quint16>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_CIELAB}, {TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_UNASSALPHA}},
+                        {30972, 14174, 11426, 0x8080}),
+        premultiplied);
+    row("TIFF of a palette with alpha",
+        tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE}, {TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_UNASSALPHA}},
+                       {255, 128}, palette(2 * 256)),
+        premultiplied);
     // Green that nobody sees beside red: the mean is red, half as strong.
     QImage striped = filled(QColor(255, 0, 0, 128), {32, 32}, QImage::Format_ARGB32);
     for (int y = 16; y < 18; ++y) {

@@ -110,7 +110,7 @@ QByteArray withChunk(const QByteArray& png, const QByteArray& name, const QByteA
   return QByteArray(png).insert(kAfterHeader, bigEndian<quint32>(content.size()) + checked + bigEndian<quint32>(sum));
 }
 
-QByteArray tiff(std::map<quint16, quint32> fields, const QByteArray& samples) {
+QByteArray tiff(std::map<quint16, quint32> fields, const QByteArray& samples, const QByteArray& colorMap) {
   constexpr quint32 kSamplesAt = 8;
   const auto size = static_cast<quint32>(samples.size());
   fields.insert({{TIFFTAG_BITSPERSAMPLE, 8},
@@ -119,10 +119,15 @@ QByteArray tiff(std::map<quint16, quint32> fields, const QByteArray& samples) {
                  {TIFFTAG_SAMPLESPERPIXEL, 3},
                  {TIFFTAG_ROWSPERSTRIP, fields[TIFFTAG_IMAGELENGTH]},
                  {TIFFTAG_STRIPBYTECOUNTS, size}});
-  QByteArray bytes = QByteArray("MM\0*", 4) + bigEndian(kSamplesAt + size) + samples;
+  if (!colorMap.isEmpty()) fields[TIFFTAG_COLORMAP] = kSamplesAt + size;
+  const auto directoryAt = static_cast<quint32>(kSamplesAt + samples.size() + colorMap.size());
+  QByteArray bytes = QByteArray("MM\0*", 4) + bigEndian(directoryAt) + samples + colorMap;
   bytes += bigEndian<quint16>(fields.size());
   const QByteArray oneNumber("\0\x04\0\0\0\x01", 6);
-  for (const auto& [tag, value] : fields) bytes += bigEndian(tag) + oneNumber + bigEndian(value);
+  const QByteArray manyShortNumbers = QByteArray("\0\x03", 2) + bigEndian<quint32>(colorMap.size() / 2);
+  for (const auto& [tag, value] : fields) {
+    bytes += bigEndian(tag) + (tag == TIFFTAG_COLORMAP ? manyShortNumbers : oneNumber) + bigEndian(value);
+  }
   return bytes + bigEndian<quint32>(0);
 }
 

@@ -41,8 +41,8 @@ QByteArray exif(int orientation);
 QByteArray withChunk(const QByteArray& png, const QByteArray& name, const QByteArray& content);
 
 // An uncompressed big-endian TIFF of one strip, with values for the tags that differ from RGB of 8 bits. `samples` are
-// those of all pixels.
-QByteArray tiff(std::map<quint16, quint32> fields, const QByteArray& samples);
+// those of all pixels, `colorMap` all reds, all greens and all blues of a palette.
+QByteArray tiff(std::map<quint16, quint32> fields, const QByteArray& samples, const QByteArray& colorMap = {});
 
 // One of the files that cannot be made here; see data/README.md.
 QByteArray carried(const char* name);
