@@ -1,6 +1,7 @@
 #include <QBuffer>
 #include <QImageReader>
 
+#include "GifCanvas.h"
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
@@ -12,8 +13,8 @@ namespace {
 enum class Packing : unsigned char { limited, unlimited };
 
 // One file through the reader of one named format: it never looks at the content to choose another.
-DecodedImage decodeWith(const char* format, Packing packing, const CodecRequest& request, PictureMetadata metadata) {
-  QByteArray bytes = QByteArray::fromRawData(request.bytes.data(), request.bytes.size());
+DecodedImage readWith(const char* format, Packing packing, QByteArrayView file) {
+  QByteArray bytes = QByteArray::fromRawData(file.data(), file.size());
   QBuffer buffer(&bytes);
   buffer.open(QIODevice::ReadOnly);
   QImageReader reader(&buffer, format);
@@ -21,30 +22,32 @@ DecodedImage decodeWith(const char* format, Packing packing, const CodecRequest&
   reader.setAutoDetectImageFormat(false);
   const QSize size = reader.size();
   if (size.isValid() && !isPictureSizeSane(size.width(), size.height())) return {{}, ImageError::tooLarge};
-
-  if (packing == Packing::limited && !isPictureSizeCredible(size.width(), size.height(), request.bytes.size())) {
+  if (packing == Packing::limited && !isPictureSizeCredible(size.width(), size.height(), file.size())) {
     return {{}, ImageError::damaged};
   }
-  RawPicture picture;
-  if (reader.format() == "bmp" && reader.imageFormat() != QImage::Format_Invalid) {
-    // The toolkit's reader writes into a picture that fits, and leaves the pixels that a file cut short does not have.
-    picture.pixels = QImage(size, reader.imageFormat());
-    picture.pixels.fill(0);
-  }
-  if (!reader.read(&picture.pixels)) return {{}, ImageError::damaged};
-  picture.metadata = std::move(metadata);
-  if (picture.pixels.isGrayscale() && picture.pixels.depth() <= 16) picture.model = ColorModel::gray;
-  return finished(std::move(picture), request.bound);
+  QImage pixels;
+  if (!reader.read(&pixels)) return {{}, ImageError::damaged};
+  return {pixels, ImageError::none};
 }
 
 }  // namespace
 
 DecodedImage decodeGif(const CodecRequest& request) {
-  return decodeWith("gif", Packing::limited, request, {});
+  DecodedImage canvas = readWith("gif", Packing::limited, request.bytes);
+  if (canvas.error != ImageError::none) return canvas;
+  fillGifBackground(request.bytes, canvas.pixels);
+  RawPicture picture;
+  picture.pixels = std::move(canvas.pixels);
+  return finished(std::move(picture), request.bound);
 }
 
 DecodedImage decodeWebp(const CodecRequest& request) {
-  return decodeWith("webp", Packing::unlimited, request, webpMetadata(request.bytes));
+  DecodedImage canvas = readWith("webp", Packing::unlimited, request.bytes);
+  if (canvas.error != ImageError::none) return canvas;
+  RawPicture picture;
+  picture.pixels = std::move(canvas.pixels);
+  picture.metadata = webpMetadata(request.bytes);
+  return finished(std::move(picture), request.bound);
 }
 
 }  // namespace lumagrid

@@ -149,6 +149,12 @@ class ImagePixelsTest : public QObject {
     row("OS/2 BMP with a short palette", indexedBmp(), color);
     row("BMP of runs", indexedBmp(QByteArray("\x20\1\0\0", 4).repeated(32)), color);
     row("BMP of runs that skip most of it", indexedBmp(QByteArray("\x20\1\0\2\0\x1f\1\1", 8)), Qt::transparent);
+    // One pixel of the second colour in the last corner of the canvas, whose background is the first.
+    const QByteArray palette("\xc8\x3c\x28\0\0\0", 6);
+    const QByteArray corner = QByteArray(",\x1f\0\x1f\0\1\0\1\0\x80", 10) + palette + QByteArray("\2\2L\1\0;", 6);
+    const QByteArray canvas("GIF89a\x20\0\x20\0", 10);
+    row("GIF that leaves its background free", canvas + QByteArray("\x80\0\0", 3) + palette + corner, color);
+    row("GIF that leaves free a canvas without background", canvas + QByteArray("\0\0\0", 3) + corner, Qt::transparent);
     row("HEIC that names its primaries", carried("wide-gamut.heic"), widened);
     row("gray AVIF in the range of video", carried("gray-limited.avif"), grayed);
     row("AVIF whose alpha is in the range of video", carried("alpha-limited.avif"), color);
@@ -165,11 +171,11 @@ class ImagePixelsTest : public QObject {
     const std::map<quint16, quint32> separated = {{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED}};
     row("TIFF of inks", tiffOf<quint8>(separated, {55, 195, 215, 0}), color);
     row("TIFF of CIELab", tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_CIELAB}}, {121, 55, 45}), color);
-    const auto palette = [](qsizetype count) {
+    const auto colorMap = [](qsizetype count) {
       return QByteArray(count, '\xc8') + QByteArray(count, '\x3c') + QByteArray(count, '\x28');
     };
     row("TIFF of a palette, 16 bits",
-        tiffOf<quint16>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE}}, {65535}, palette(2 * 65536)), color);
+        tiffOf<quint16>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE}}, {65535}, colorMap(2 * 65536)), color);
     row("TIFF of inks, 16 bits", tiffOf<quint16>(separated, {55 * 257, 195 * 257, 215 * 257, 0}), color);
 
     const QByteArray transparent("\0\xc8\0\x3c\0\x28", 6);
@@ -194,7 +200,7 @@ class ImagePixelsTest : public QObject {
         premultiplied);
     row("TIFF of a palette with alpha",
         tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE}, {TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_UNASSALPHA}},
-                       {255, 128}, palette(2 * 256)),
+                       {255, 128}, colorMap(2 * 256)),
         premultiplied);
     // Green that nobody sees beside red: the mean is red, half as strong.
     QImage striped = filled(QColor(255, 0, 0, 128), {32, 32}, QImage::Format_ARGB32);

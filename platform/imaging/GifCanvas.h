@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QByteArrayView>
+#include <QImage>
+
+namespace lumagrid {
+
+// Gives what the first frame of a GIF file leaves free of its canvas the file's background colour, or makes it
+// transparent where there is none. The toolkit does so unless the frame has a palette of its own: then memory shows
+// that it never wrote. `pixels` are those of the canvas with the first frame on it.
+void fillGifBackground(QByteArrayView file, QImage& pixels);
+
+}  // namespace lumagrid
