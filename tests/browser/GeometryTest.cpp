@@ -100,15 +100,6 @@ class GeometryTest : public QObject {
     }
   }
 
-  // By 1.5165 % of the way, after half a damped period.
-  void springPassesItsTargetOnceToSee() {
-    const PhotoViewMotion motion(Curve::Spring, m_zoomed, {});
-    const auto passed = [&motion](int milliseconds) { return 1 - motion.at(milliseconds / 1000.0).scale; };
-    QVERIFY(std::abs(passed(250) - 3 * 0.015165) < 0.001);
-    for (int time = 0; time < 250; ++time) QVERIFY(passed(time) < passed(time + 1));
-    for (int time = 251; time < 1000; ++time) QVERIFY(std::abs(passed(time)) < passed(250));
-  }
-
   void newTargetKeepsPlaceAndSpeed() {
     const PhotoViewMotion first(Curve::Spring, m_zoomed, {});
     const PhotoViewMotion second = first.retargeted(Curve::Spring, {2, {-50, 70}}, 0.1);
