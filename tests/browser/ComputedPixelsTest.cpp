@@ -81,20 +81,6 @@ class ComputedPixelsTest : public QObject {
     }
   }
 
-  // Where there is no disc.
-  void liesUnderTheCard() {
-    const QImage image =
-        backdropImage({{1100, 760}, 1, ColorScheme::light, {18.4, 18.4, 1064, 724}}, {0, 0, 1100, 760});
-    const auto backdrop = [](int y) { return 246 - 22 * (y + 0.5) / 760; };  // of green
-    QVERIFY(std::abs(backdrop(741) - image.pixelColor(17, 741).green()) <= 0.6);
-    QVERIFY(std::abs(backdrop(743) - image.pixelColor(18, 743).green()) <= 0.6);
-    for (const auto& [place, progress] : {std::pair(QPoint(1081, 18), 0.683), {QPoint(18, 741), 0.316}}) {
-      const double green = 255 * 0.86 + (226 * 0.96 - 255 * 0.86) * progress;
-      const double opacity = 0.86 + 0.1 * progress;
-      QVERIFY(std::abs(green + backdrop(place.y()) * (1 - opacity) - image.pixelColor(place).green()) <= 0.6);
-    }
-  }
-
   void partsAgreeWithTheWhole() {
     const Backdrop backdrop{{1100, 760}, 1.5, ColorScheme::dark, {18, 40, 1064, 702}};
     const auto draw = [&](QRect part) { return backdropImage(backdrop, part); };

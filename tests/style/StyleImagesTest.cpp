@@ -3,13 +3,12 @@
 #include <numbers>
 
 #include "ContinuousPath.h"
-#include "IconImage.h"
 #include "ShapeImage.h"
 #include "SpinnerImage.h"
 
 using namespace lumagrid;
 
-// The shapes, icons and spinners that the window is drawn with.
+// The shapes and spinners that the window is drawn with.
 class StyleImagesTest : public QObject {
   Q_OBJECT
 
@@ -79,44 +78,6 @@ class StyleImagesTest : public QObject {
       QCOMPARE(patch.image.cacheKey(), shapeImage(shape, QSizeF(380.3, 311.7), ratio).image.cacheKey());
       QVERIFY(patch.image.cacheKey() != shapeImage(shape, QSizeF(200, 200), 2).image.cacheKey());
     }
-  }
-
-  void everyIconFillsItsSquare() {
-    for (const char* name :
-         {"squareGrid3x3Fill", "folderBadgePlus", "minusMagnifyingGlass", "plusMagnifyingGlass", "arrowUpArrowDown",
-          "checkmark", "checkmarkCircleFill", "trash", "chevronLeft", "chevronRight", "photoOnRectangleAngled"}) {
-      const IconName icon = iconNamed(QString::fromLatin1(name));
-      for (const double ratio : {1.0, 1.5, 2.0}) {
-        double previousInk = 0;
-        for (const IconWeight weight : {IconWeight::medium, IconWeight::semibold, IconWeight::bold}) {
-          const QImage image = iconImage(icon, 20, weight, qRgb(10, 20, 30), ratio);
-          QCOMPARE(image.width(), qRound(26 * ratio));
-          QRect area;
-          double ink = 0;
-          for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-              ink += qAlpha(image.pixel(x, y));
-              if (qAlpha(image.pixel(x, y)) > 127) area |= QRect(x, y, 1, 1);
-            }
-          }
-          // As large as its neighbours, in the middle, cut off nowhere, and bolder by weight.
-          QVERIFY2(std::max(area.width(), area.height()) >= 0.65 * image.width(), name);
-          QVERIFY2(image.rect().adjusted(1, 1, -1, -1).contains(area), name);
-          const QPointF offset = QRectF(area).center() - QRectF(image.rect()).center();
-          QVERIFY2(std::max(std::abs(offset.x()), std::abs(offset.y())) <= 0.06 * image.width(), name);
-          QVERIFY2(ink > previousInk || QByteArray(name).endsWith("Fill"), name);
-          previousInk = ink;
-        }
-      }
-    }
-  }
-
-  void checkIsKnockedOutOfTheDisc() {
-    const QImage image = iconImage(IconName::checkmarkCircleFill, 26, IconWeight::bold, qRgb(31, 111, 95), 2);
-    const double unit = image.width() / 24.0;
-    QCOMPARE(image.pixel(QPoint(int(12 * unit), int(4 * unit))), qRgb(31, 111, 95));
-    QCOMPARE(qAlpha(image.pixel(QPoint(int(10.7 * unit), int(15.6 * unit)))), 0);
-    QVERIFY(iconImage(iconNamed(u"hammer"), 20, IconWeight::bold, qRgb(0, 0, 0), 2).isNull());
   }
 
   void spinnerStepsDifferAndRepeat() {

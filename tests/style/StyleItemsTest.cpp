@@ -106,21 +106,6 @@ class StyleItemsTest : public QObject {
     QCOMPARE(clicks.count(), 1);
   }
 
-  // Half of a rim lies outside of the shape: the pixel above the top has half of its opacity.
-  void rimsMeetTheEdge() {
-    for (const auto& [enabled, opacity] : {std::pair("true", 0.55), std::pair("false", 0.2)}) {
-      load(u"SideIconButtonStyle { backgroundColor: 'transparent'; foregroundColor: 'red'; isAvailable: %1 }"_qs.arg(
-          QLatin1String(enabled)));
-      QVERIFY(shows(-28.5, over(Qt::white, opacity / 2, kBackdrop)));
-    }
-    load(u"GridPresetButtonStyle { text: '25'; isActive: false }"_qs);
-    const double top = -m_button->height() / 2;
-    QVERIFY(shows(top - 0.5, over(Qt::black, 0.08 / 2, kBackdrop)));
-    m_button->setProperty("isActive", true);
-    QTRY_VERIFY(shows(top + 4, kAccent));
-    QVERIFY(shows(top - 0.5, kBackdrop));
-  }
-
   // A bar that leaves is disabled as a whole.
   void disabledSurroundingsLeaveTheLookAlone() {
     load(QStringLiteral("Item { width: 34; height: 34; IconChromeButtonStyle {} }"));

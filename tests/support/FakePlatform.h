@@ -19,14 +19,14 @@
 namespace lumagrid {
 
 struct FakeImageDecoder : ImageDecoder {
+  QImage picture = whitePicture();  // of every file
   QSet<QString> damaged;
   QStringList decoded;
 
   DecodedImage decode(const FileUrl& file) override {
     decoded.append(file.displayName());
     if (damaged.contains(file.displayName())) return {{}, ImageError::damaged};
-    QImage image(3, 2, QImage::Format_RGBX8888);
-    image.fill(Qt::white);
+    QImage image = picture.copy();
     image.setText(QStringLiteral("name"), file.displayName());
     return {image, ImageError::none};
   }
@@ -34,6 +34,13 @@ struct FakeImageDecoder : ImageDecoder {
 
   // The file of a picture that came from here; empty for none.
   [[nodiscard]] static QString nameOf(const QImage& image) { return image.text(QStringLiteral("name")); }
+
+ private:
+  static QImage whitePicture() {
+    QImage image(3, 2, QImage::Format_RGBX8888);
+    image.fill(Qt::white);
+    return image;
+  }
 };
 
 struct FakeTrash : Trash {

@@ -14,15 +14,20 @@
 
 namespace lumagrid {
 
-// The bytes of a picture of one colour, losslessly.
-inline QByteArray samplePhoto(QSize size, Qt::GlobalColor color = Qt::darkCyan, const char* format = "PNG") {
-  QImage image(size, QImage::Format_RGB32);
-  image.fill(color);
+// The bytes of a picture, losslessly.
+inline QByteArray pictureFile(const QImage& image, const char* format = "PNG") {
   QByteArray bytes;
   QBuffer buffer(&bytes);
   buffer.open(QIODevice::WriteOnly);
   if (!image.save(&buffer, format)) qFatal("Cannot write a picture");
   return bytes;
+}
+
+// … of one colour.
+inline QByteArray samplePhoto(QSize size, Qt::GlobalColor color = Qt::darkCyan, const char* format = "PNG") {
+  QImage image(size, QImage::Format_RGB32);
+  image.fill(color);
+  return pictureFile(image, format);
 }
 
 // A folder of files, made for a test and gone with it.

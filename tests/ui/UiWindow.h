@@ -18,10 +18,11 @@ struct UiApp {
   Appearance appearance;
   LumagridApp app;
 
-  // The platform's Trash, unless there is one of the test's own.
-  explicit UiApp(ColorScheme colorScheme = ColorScheme::light, Trash* trash = nullptr)
+  // The platform's Trash and alert, unless there are ones of the test's own.
+  explicit UiApp(ColorScheme colorScheme = ColorScheme::light, Trash* trash = nullptr, Alert* alert = nullptr)
       : appearance(colorScheme),
-        app({{platform.decoder, trash ? *trash : platform.trash, platform.chooser, platform.alert, platform.access},
+        app({{platform.decoder, trash ? *trash : platform.trash, platform.chooser, alert ? *alert : platform.alert,
+              platform.access},
              platform.preferences,
              platform.popupMenu,
              appearance}) {}
