@@ -95,7 +95,7 @@ class ThumbnailsTest : public QObject {
 
   void whatFailsIsTriedAgain() {
     const QByteArray photo = samplePhoto({300, 300});
-    const FileUrl file = m_folder.add(QStringLiteral("late.png"), photo.first(photo.size() / 4));
+    const FileUrl file = m_folder.add(QStringLiteral("late.png"), photo.first(20));  // less than its header
     QVERIFY(ThumbnailStore::thumbnail(file, 240).isNull());
     (void)m_folder.add(QStringLiteral("late.png"), photo);
     QCOMPARE(ThumbnailStore::thumbnail(file, 240).width(), 240);

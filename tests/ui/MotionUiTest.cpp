@@ -34,10 +34,16 @@ QQuickItem* itemOf(Window window, const char* name) {
   return found ? qobject_cast<QQuickItem*>(found->object()) : nullptr;
 }
 
-// With that of all that it is a part of; 0 for what does not show.
-double opacityOf(Window window, const char* name) {
-  double opacity = itemOf(window, name) ? 1 : 0;
-  for (const QQuickItem* item = itemOf(window, name); item; item = item->parentItem()) opacity *= item->opacity();
+// Of the button with this title, with that of all that it is a part of; 0 for what does not show. One that leaves is no
+// longer there for assistive technology.
+double opacityOf(Window window, const char* title) {
+  double opacity = 0;
+  for (const QQuickItem* item : window.window.findChildren<QQuickItem*>()) {
+    if (item->property("text") != QLatin1String(title) || !item->property("iconName").isValid()) continue;
+    opacity = item->isVisible() ? 1 : 0;
+    for (; item; item = item->parentItem()) opacity *= item->opacity();
+    break;
+  }
   return opacity;
 }
 

@@ -122,8 +122,7 @@ class PictureUiTest : public QObject {
       hover(bar.adjusted(0, 0, -24, 0));
       under.append(still(bar));
       hover(m_window->rectOf("Sort order"));
-      (void)still();
-      m_clock.pass(1000);  // the tooltip
+      QTRY_VERIFY(m_window->find("Sort order", QAccessible::ToolTip));
       under.append(still(m_window->rectOf("Sort order") + QMargins(40, 0, 40, 50)));
       isAs("hovered", joined(under, Qt::Vertical));
     }
@@ -151,10 +150,11 @@ class PictureUiTest : public QObject {
       openEmpty(scheme);
       QList<QImage> lines;
       const auto take = [&] {
+        QTRY_VERIFY(m_window->shows(m_window->library.statusMessage()) && !isLoading());
         (void)still();
         lines.append(still(m_window->rectOf(m_window->library.statusMessage()) + kAround));
       };
-      QVERIFY(m_window->drop(m_folder.folder()));
+      QVERIFY(m_window->drop(QUrl::fromLocalFile(QFile::decodeName(m_folder.folder().path()))));
       QTRY_VERIFY(m_window->library.photoCount() > 0);
       take();
       m_window->library.openFolder(m_folder.url(QStringLiteral("missing")));

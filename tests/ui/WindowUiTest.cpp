@@ -3,6 +3,7 @@
 
 #include "PhotoThumbnailTile.h"
 #include "PictureStore.h"
+#include "ShownName.h"
 #include "StartAhead.h"
 #include "ThumbnailStore.h"
 #include "UiWindow.h"
@@ -186,10 +187,11 @@ class WindowUiTest : public QObject {
     OnlyWindow window(folder.url());
     QList<QRect> places;
     for (const QString& name : names) {
-      QTRY_VERIFY(window.find(name, QAccessible::Button));
-      window.openPhoto(name);
-      const QString title = QString(name).replace(u'\n', u' ');
-      const QStringList texts{title, QStringLiteral("Showing \"%1\".").arg(title), window.library.counterText()};
+      const QString title = shownName(name);
+      QTRY_VERIFY(window.find(title, QAccessible::Button));
+      window.openPhoto(title);
+      const QStringList texts{title, QStringLiteral("Showing \"%1\".").arg(shownNameInSentence(name)),
+                              window.library.counterText()};
       QTRY_VERIFY(window.find(title, QAccessible::StaticText) && window.shows(texts[1]) && window.shows(texts[2]));
       (void)window.grab();  // laid out
       if (places.isEmpty()) {
