@@ -40,9 +40,9 @@ class Pen {
 };
 
 // The colours that one run or one list of pixels names.
-class Colors {
+class RunColors {
  public:
-  explicit Colors(const BmpFile& file) : m_file(file) {}
+  explicit RunColors(const BmpFile& file) : m_file(file) {}
 
   [[nodiscard]] qsizetype bytesOf(int count) const { return (qsizetype{count} * bits() + 7) / 8; }
   [[nodiscard]] BmpFile::Color color(QByteArrayView bytes, int index) const {
@@ -69,7 +69,7 @@ QImage bmpRuns(const BmpFile& file) {
   if (pixels.isNull()) return pixels;
   pixels.fill(Qt::transparent);
   Pen pen(pixels, file.isTopDown);
-  const Colors colors(file);
+  const RunColors colors(file);
   QByteArrayView rest = file.pixels;
   const auto take = [&rest](qsizetype count) {
     const QByteArrayView taken = rest.first(std::min(count, rest.size()));

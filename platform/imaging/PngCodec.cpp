@@ -14,21 +14,21 @@ namespace lumagrid {
 namespace {
 
 // Gives the library the pieces of a file one after the other.
-struct Source {
+struct PngPieces {
   const PngFile& file;
   size_t nextPiece = 0;
   QByteArrayView rest = file.head;
 
   static void read(png_structp png, png_bytep target, size_t count) {
-    Source& source = *static_cast<Source*>(png_get_io_ptr(png));
+    PngPieces& pieces = *static_cast<PngPieces*>(png_get_io_ptr(png));
     while (count > 0) {
-      if (source.rest.isEmpty()) {
-        if (source.nextPiece == source.file.pieces.size()) png_error(png, "end of file");
-        source.rest = source.file.pieces[source.nextPiece++];
+      if (pieces.rest.isEmpty()) {
+        if (pieces.nextPiece == pieces.file.pieces.size()) png_error(png, "end of file");
+        pieces.rest = pieces.file.pieces[pieces.nextPiece++];
       }
-      const qsizetype part = std::min(static_cast<qsizetype>(count), source.rest.size());
-      target = std::copy_n(source.rest.data(), part, target);
-      source.rest = source.rest.sliced(part);
+      const qsizetype part = std::min(static_cast<qsizetype>(count), pieces.rest.size());
+      target = std::copy_n(pieces.rest.data(), part, target);
+      pieces.rest = pieces.rest.sliced(part);
       count -= static_cast<size_t>(part);
     }
   }
@@ -41,17 +41,17 @@ void leave(png_structp png, png_const_charp) {
 void ignoreWarning(png_structp, png_const_charp) {}
 
 // The library leaves by longjmp() where the data is damaged: a step holds nothing that needs a destructor.
-class Reader {
+class PngReader {
  public:
-  explicit Reader(const PngFile& file) : m_source{file} {}
-  Reader(const Reader&) = delete;
-  Reader& operator=(const Reader&) = delete;
-  ~Reader() { png_destroy_read_struct(&m_png, &m_info, nullptr); }
+  explicit PngReader(const PngFile& file) : m_pieces{file} {}
+  PngReader(const PngReader&) = delete;
+  PngReader& operator=(const PngReader&) = delete;
+  ~PngReader() { png_destroy_read_struct(&m_png, &m_info, nullptr); }
 
   // Size and kind of the pixels.
   bool readHead() {
     return m_png != nullptr && m_info != nullptr && succeeds([this] {
-             png_set_read_fn(m_png, &m_source, &Source::read);
+             png_set_read_fn(m_png, &m_pieces, &PngPieces::read);
              png_set_user_limits(m_png, std::numeric_limits<qint32>::max(), std::numeric_limits<qint32>::max());
              png_set_crc_action(m_png, PNG_CRC_QUIET_USE, PNG_CRC_QUIET_USE);
              png_read_info(m_png, m_info);
@@ -109,7 +109,7 @@ class Reader {
     png_read_update_info(m_png, m_info);
   }
 
-  Source m_source;
+  PngPieces m_pieces;
   png_structp m_png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, &leave, &ignoreWarning);
   png_infop m_info = m_png != nullptr ? png_create_info_struct(m_png) : nullptr;
   int m_passes = 1;    // over an interlaced picture
@@ -117,7 +117,7 @@ class Reader {
 };
 
 // A deflated byte gives 1032 at most; files cut short are believed as far as other formats'.
-bool isCredible(const Reader& reader, const PngFile& file) {
+bool isCredible(const PngReader& reader, const PngFile& file) {
   constexpr std::int64_t kBytesPerByte = 1032;
   return isPictureSizeCredible(reader.width(), reader.height(), 0) ||
          reader.rowBytes() * reader.height() / kBytesPerByte <= file.dataBytes;
@@ -128,7 +128,7 @@ bool isCredible(const Reader& reader, const PngFile& file) {
 DecodedImage decodePng(const CodecRequest& request) {
   const std::optional<PngFile> file = pngFile(request.bytes);
   if (!file) return {{}, ImageError::damaged};
-  Reader reader(*file);
+  PngReader reader(*file);
   if (!reader.readHead()) return {{}, ImageError::damaged};
   if (!isPictureSizeSane(reader.width(), reader.height())) return {{}, ImageError::tooLarge};
   if (!isCredible(reader, *file)) return {{}, ImageError::damaged};
