@@ -178,10 +178,11 @@ class WindowUiTest : public QObject {
   }
 
   // … and whatever the name, the texts stand where they stand for another.
-  void namesAreShownLiterally() {
+  void namesAreShownAsTheyAre() {
     const QStringList names{
-        QStringLiteral("plain.jpg"),      QStringLiteral("a\nb.jpg"),   QStringLiteral("<b>x<b> &amp; %1.jpg"),
-        QStringLiteral("a\u202Egpj.jpg"), QStringLiteral("Ǻ漢字ก็.jpg"), QString(251, u'n') + QStringLiteral(".jpg"),
+        QStringLiteral("plain.jpg"),        QStringLiteral("a\nb.jpg"),   QStringLiteral("<b>x<b> &amp; %1.jpg"),
+        QStringLiteral("a\u202Egpj.jpg"),   QStringLiteral("Ǻ漢字ก็.jpg"), QString(251, u'n') + QStringLiteral(".jpg"),
+        QStringLiteral("\u05D0\u05D1.jpg"),
     };
     const Photos folder(names);
     OnlyWindow window(folder.url());
