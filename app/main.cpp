@@ -13,6 +13,7 @@
 #include "SettingsPreferences.h"
 #include "SoftwareFallback.h"
 #include "StartAhead.h"
+#include "ThumbnailStore.h"
 #include "Tuning.h"
 
 using namespace lumagrid;
@@ -63,6 +64,7 @@ int main(int argc, char* argv[]) {
   }
   tuneToolkit();
   FileImageDecoder decoder;
+  ThumbnailStore::setDecoder(decoder);
   PictureStore pictures(decoder);
   std::unique_ptr<StartAhead> ahead;
   if (const CommandLine early = parse(); early.action == CommandLine::Action::open && !early.path.isEmpty()) {

@@ -1,5 +1,5 @@
-# One library per folder. A folder's headers are on the include path of those who link it, and of nobody else, so the
-# link lines alone decide who may include whom.
+# One library per folder, with the folders below it. Its headers are on the include path of those who link it, by their
+# names alone; scripts/check-map proves from the sources who includes whom.
 
 add_library(lumagrid_options INTERFACE)
 target_compile_options(lumagrid_options INTERFACE -Wall -Wextra -Wpedantic)
@@ -13,11 +13,22 @@ if(LUMAGRID_SANITIZE)
   target_link_options(lumagrid_options INTERFACE -fsanitize=address,undefined)
 endif()
 
-# lumagrid_library(NAME SOURCES file… LINK target…)
+# The folders of these files, relative to the current one, are on the include path of NAME and of those who link it.
+function(lumagrid_include_folders name)
+  set(folders ${CMAKE_CURRENT_SOURCE_DIR})
+  foreach(file ${ARGN})
+    cmake_path(GET file PARENT_PATH folder)
+    list(APPEND folders ${CMAKE_CURRENT_SOURCE_DIR}/${folder})
+  endforeach()
+  list(REMOVE_DUPLICATES folders)
+  target_include_directories(${name} PUBLIC ${folders})
+endfunction()
+
+# lumagrid_library(NAME SOURCES file… LINK target… LINK_PRIVATE target…): LINK is for what its headers need.
 function(lumagrid_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LINK_PRIVATE" ${ARGN})
   qt_add_library(${name} STATIC ${ARG_SOURCES})
-  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  lumagrid_include_folders(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC ${ARG_LINK} PRIVATE lumagrid_options ${ARG_LINK_PRIVATE})
 endfunction()
 
@@ -40,7 +51,7 @@ function(lumagrid_qml_module name)
     QML_FILES ${ARG_QML} ${ARG_SINGLETONS}
     IMPORTS ${ARG_IMPORTS}
     IMPORT_PATH ${CMAKE_BINARY_DIR}/qml)
-  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  lumagrid_include_folders(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC Qt6::Quick ${ARG_LINK} PRIVATE lumagrid_options ${ARG_LINK_PRIVATE})
 endfunction()
 

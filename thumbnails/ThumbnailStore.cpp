@@ -1,17 +1,20 @@
 #include "ThumbnailStore.h"
 
 #include <QByteArray>
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <set>
 
-#include "FileImageDecoder.h"
+#include "ImageDecoder.h"
 #include "MemoryBudget.h"
 #include "MemoryCache.h"
 
 namespace lumagrid::ThumbnailStore {
 
 namespace {
+
+std::atomic<ImageDecoder*> s_decoder = nullptr;
 
 MemoryCache<QByteArray, QImage>& cache() {
   static MemoryCache<QByteArray, QImage> cache(keptThumbnailBytes());
@@ -49,6 +52,10 @@ class Making {
 
 }  // namespace
 
+void setDecoder(ImageDecoder& decoder) {
+  s_decoder = &decoder;
+}
+
 QImage cachedThumbnail(const FileUrl& file, double maxPixelSize) {
   return cache().object(cacheKey(file, static_cast<std::int64_t>(maxPixelSize))).value_or(QImage());
 }
@@ -59,10 +66,11 @@ QImage thumbnail(const FileUrl& file, double maxPixelSize) {
   if (const auto cached = cache().object(key)) return *cached;
   const Making making(key);
   if (const auto cached = cache().object(key)) return *cached;
-  FileImageDecoder decoder;
-  DecodedImage decoded = decoder.decodeBounded(file, bound);
+  ImageDecoder* const decoder = s_decoder;
+  if (!decoder) return {};
+  DecodedImage decoded = decoder->decodeBounded(file, bound);
   // What cannot be decoded at the bound may still open as a whole.
-  if (decoded.error == ImageError::damaged) decoded = decoder.decode(file);
+  if (decoded.error == ImageError::damaged) decoded = decoder->decode(file);
   if (decoded.pixels.isNull()) return {};
   cache().setObject(key, decoded.pixels, static_cast<std::size_t>(decoded.pixels.sizeInBytes()));
   return decoded.pixels;

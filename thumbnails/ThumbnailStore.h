@@ -4,8 +4,15 @@
 
 #include "FileUrl.h"
 
+namespace lumagrid {
+class ImageDecoder;
+}
+
 // NOLINTNEXTLINE(readability-identifier-naming): a service without state of its own, named like a type
 namespace lumagrid::ThumbnailStore {
+
+// What thumbnails are made by; it outlives them. Without one, no file can be read.
+void setDecoder(ImageDecoder& decoder);
 
 // The picture in `file`, its longer side bounded by `maxPixelSize` pixels (finite, >= 1; its fraction is cut off), from
 // the process's cache or made now; null when the file cannot be read as a picture, which is tried again at the next

@@ -14,6 +14,7 @@
 #include "PixelBuffer.h"
 #include "QmlPlugins.h"
 #include "SettingsPreferences.h"
+#include "ThumbnailStore.h"
 #include "Tuning.h"
 
 using namespace lumagrid;
@@ -126,6 +127,7 @@ int main(int argc, char* argv[]) {
     return 2;
   }
   FileImageDecoder decoder;
+  ThumbnailStore::setDecoder(decoder);
   PictureStore pictures(decoder);
   SettingsPreferences preferences;
   const Appearance appearance(ColorScheme::light);

@@ -5,8 +5,10 @@
 #include <QQuickWindow>
 #include <QTest>
 
+#include "FileImageDecoder.h"
 #include "PhotoFolder.h"
 #include "TestWindow.h"
+#include "ThumbnailStore.h"
 
 Q_IMPORT_QML_PLUGIN(Lumagrid_StylePlugin)
 Q_IMPORT_QML_PLUGIN(Lumagrid_ThumbnailsPlugin)
@@ -22,6 +24,8 @@ class PhotoGridTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
+  void initTestCase() { ThumbnailStore::setDecoder(m_decoder); }
+
   void tilesKeepTheirThumbnails() {
     open(9);
     settle();
@@ -146,6 +150,7 @@ class PhotoGridTest : public QObject {
   }
 
   QQmlEngine m_engine;
+  FileImageDecoder m_decoder;
   PhotoFolder m_folder;
   std::unique_ptr<TestWindow> m_window;
   std::unique_ptr<QQuickWindow> m_quickWindow;

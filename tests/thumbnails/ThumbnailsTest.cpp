@@ -5,6 +5,7 @@
 #include <semaphore>
 #include <thread>
 
+#include "FileImageDecoder.h"
 #include "PhotoFolder.h"
 #include "ThumbnailStore.h"
 
@@ -16,6 +17,7 @@ class ThumbnailsTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
+  void initTestCase() { ThumbnailStore::setDecoder(m_decoder); }
   void init() {
     const QString name = QLatin1String(QTest::currentTestFunction()) + QStringLiteral(".png");
     m_photo = {m_folder.add(name, samplePhoto({900, 900}))};
@@ -122,6 +124,7 @@ class ThumbnailsTest : public QObject {
     while (ThumbnailStore::cachedThumbnail(m_photo.url, 2 * side).isNull()) std::this_thread::yield();
   }
 
+  FileImageDecoder m_decoder;
   PhotoFolder m_folder;
   QThreadPool m_pool;
   BackgroundQueue m_queue{BackgroundQueue::Urgency::ordinary, m_pool};

@@ -272,6 +272,8 @@ int main(int argc, char** argv) {
   QFont font(QStringLiteral("DejaVu Sans"));
   font.setPixelSize(13);
   QApplication::setFont(font);
+  FileImageDecoder decoder;
+  ThumbnailStore::setDecoder(decoder);
   PictureUiTest test;
   return QTest::qExec(&test, argc, argv);
 }

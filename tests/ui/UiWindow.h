@@ -6,9 +6,11 @@
 #include <QTest>
 
 #include "FakePlatform.h"
+#include "FileImageDecoder.h"
 #include "LumagridApp.h"
 #include "PhotoFolder.h"
 #include "TemporaryHome.h"
+#include "ThumbnailStore.h"
 
 namespace lumagrid {
 
@@ -97,6 +99,8 @@ inline QString photoName(int number) {
 #define LUMAGRID_UI_TEST_MAIN(Test)          \
   int main(int argc, char** argv) {          \
     const TemporaryHome home;                \
+    FileImageDecoder decoder;                \
+    ThumbnailStore::setDecoder(decoder);     \
     QGuiApplication application(argc, argv); \
     Test test;                               \
     return QTest::qExec(&test, argc, argv);  \

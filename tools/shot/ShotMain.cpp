@@ -9,6 +9,7 @@
 #include "FileImageDecoder.h"
 #include "LumagridApp.h"
 #include "QmlPlugins.h"
+#include "ThumbnailStore.h"
 
 using namespace lumagrid;
 
@@ -95,6 +96,7 @@ int main(int argc, char* argv[]) {
   }
   const Appearance appearance(request->colorScheme);
   FileImageDecoder decoder;
+  ThumbnailStore::setDecoder(decoder);
   NoPreferences preferences;
   DesktopPlatform desktop(decoder, preferences, appearance);
   LumagridApp app(desktop.platform());
