@@ -21,6 +21,8 @@ struct Loop {
   std::atomic<int> next = 0;
   std::atomic<int> ended = 0;
 
+  Loop(const std::function<void(int)>& itsWork, int itsCount) : work(itsWork), count(itsCount) {}
+
   void workOff() {
     for (int index = next++; index < count; index = next++) {
       work(index);

@@ -141,7 +141,7 @@ class StyleItemsTest : public QObject {
 
   void toolTipsLeave_data() {
     QTest::addColumn<std::function<void()>>("event");
-    const auto row = [](const char* name, std::function<void()> event) { QTest::newRow(name) << std::move(event); };
+    const auto row = [](const char* name, const std::function<void()>& event) { QTest::newRow(name) << event; };
     row("with the pointer", [this] { QTest::mouseMove(m_view.get(), {5, 5}); });
     row("with a press of any button", [this] { QTest::mousePress(m_view.get(), Qt::RightButton, {}, {5, 5}); });
     row("with a key", [this] { QTest::keyClick(m_view.get(), Qt::Key_A); });
