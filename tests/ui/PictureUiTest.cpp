@@ -121,9 +121,15 @@ class PictureUiTest : public QObject {
       }
       hover(bar.adjusted(0, 0, -24, 0));
       under.append(still(bar));
-      hover(m_window->rectOf("Sort order"));
-      QTRY_VERIFY(m_window->find("Sort order", QAccessible::ToolTip));
-      under.append(still(m_window->rectOf("Sort order") + QMargins(40, 0, 40, 50)));
+      const auto takeTooltip = [&](const char* name, const char* text) {
+        hover(m_window->rectOf(name));
+        QTRY_VERIFY(m_window->find(text, QAccessible::ToolTip));
+        under.append(still(m_window->rectOf(name) + QMargins(60, 0, 60, 50)));
+        hover({corner(), QSize()});
+      };
+      takeTooltip("16", "4 x 4 grid");
+      m_window->openPhoto("12.jpg");
+      takeTooltip("Grid", "Back to grid (Esc)");
       isAs("hovered", joined(under, Qt::Vertical));
     }
   }
