@@ -72,8 +72,9 @@ class DesktopTest : public QObject {
  private Q_SLOTS:
   void initTestCase() { m_window.show(); }
 
-  // Of dialogs, menus and preferences the last alone leave something.
+  // Of dialogs, menus and preferences the last alone leave something. The font library caches what the system has not.
   void cleanupTestCase() {
+    QVERIFY(QDir(QFile::decodeName(kHome.path() + "/cache/fontconfig")).removeRecursively());
     QStringList files = filesBelow(kHome.path());
     files.removeOne(QFile::decodeName(kHome.path() + "/config/lumagrid/lumagrid.conf"));
     QCOMPARE(files, QStringList());
