@@ -32,7 +32,7 @@ ContentView::ContentView(const PhotoLibrary::Services& services, const Shared& s
                        }),
       m_currentIndexObserver([this] { return m_library.currentIndex(); },
                              [this](std::int64_t) {
-                               setZoom({}, {0, 0}, ZoomAnimation::EaseOut);
+                               setZoom({}, {}, ZoomAnimation::EaseOut);
                              }) {
   const auto noticeCount = [this] { m_photoCountObserver.notice(); };
   connect(&m_library, &PhotoLibrary::photosReset, this, noticeCount);
@@ -62,7 +62,7 @@ void ContentView::exitDetailMode() {
   m_shown.dismissNewStatus();  // the info bar has shown it
   setBrowserMode(BrowserMode::grid);
   setGridScrollTarget(currentPhotoPath());
-  setZoom({}, {0, 0}, ZoomAnimation::None);
+  setZoom({}, {}, ZoomAnimation::None);
 }
 
 void ContentView::chooseFolderAndShowGrid() {

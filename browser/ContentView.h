@@ -3,7 +3,6 @@
 #include <QtQml/qqmlregistration.h>
 #include <QObject>
 #include <QPointF>
-#include <QSizeF>
 #include <QUrl>
 #include <QWindow>
 #include <cstdint>
@@ -36,7 +35,7 @@ class ContentView : public QObject {
   Q_PROPERTY(QList<int> gridPresets READ gridPresets CONSTANT)
   Q_PROPERTY(double zoomScale READ zoomScale NOTIFY zoomChanged)
   Q_PROPERTY(QPointF displacement READ displacement NOTIFY zoomChanged)
-  Q_PROPERTY(QSizeF dragOffset READ dragOffset NOTIFY zoomChanged)
+  Q_PROPERTY(QPointF dragOffset READ dragOffset NOTIFY zoomChanged)
   Q_PROPERTY(lumagrid::ShownLibrary* shown READ shown CONSTANT)
 
  public:
@@ -67,13 +66,11 @@ class ContentView : public QObject {
   // The path of the photo that the grid brings to its centre.
   [[nodiscard]] const std::optional<QByteArray>& gridScrollTarget() const { return m_gridScrollTarget; }
   [[nodiscard]] const ZoomState& zoom() const { return m_zoom; }
-  [[nodiscard]] QSizeF dragOffset() const { return m_dragOffset; }
+  [[nodiscard]] QPointF dragOffset() const { return m_dragOffset; }
   [[nodiscard]] QList<int> gridPresets() const { return {4, 9, 16, 25, 36}; }  // numbers of visible thumbnails
 
   [[nodiscard]] double zoomScale() const { return m_zoom.scale; }
-  [[nodiscard]] QPointF displacement() const {
-    return {m_zoom.offset.width() + m_dragOffset.width(), m_zoom.offset.height() + m_dragOffset.height()};
-  }
+  [[nodiscard]] QPointF displacement() const { return m_zoom.offset + m_dragOffset; }
 
   Q_INVOKABLE void handleExitCommand();
   Q_INVOKABLE void exitDetailMode();
@@ -108,8 +105,8 @@ class ContentView : public QObject {
   Q_INVOKABLE void handleDetailMagnification(double magnification);
   Q_INVOKABLE void endDetailMagnification();
   // `translation` is the way from the start of the drag, in points of the stage.
-  Q_INVOKABLE void handleDrag(QSizeF translation);
-  Q_INVOKABLE void endDrag(QSizeF translation);
+  Q_INVOKABLE void handleDrag(QPointF translation);
+  Q_INVOKABLE void endDrag(QPointF translation);
   Q_INVOKABLE void handleDoubleClick();
 
  Q_SIGNALS:
@@ -123,7 +120,7 @@ class ContentView : public QObject {
  private:
   void setBrowserMode(BrowserMode mode);
   void setGridScrollTarget(std::optional<QByteArray> path);
-  void setZoom(const ZoomState& zoom, QSizeF dragOffset, ZoomAnimation animation);
+  void setZoom(const ZoomState& zoom, QPointF dragOffset, ZoomAnimation animation);
   [[nodiscard]] std::optional<QByteArray> currentPhotoPath() const;
   void openFolderInGrid(const FileUrl& folder);
 
@@ -135,7 +132,7 @@ class ContentView : public QObject {
   double m_lastMagnification = 1.0;
   std::optional<QByteArray> m_gridScrollTarget;
   ZoomState m_zoom;
-  QSizeF m_dragOffset{0, 0};
+  QPointF m_dragOffset;
 
   ChangeObserver<std::int64_t> m_photoCountObserver;
   ChangeObserver<std::optional<FileUrl>> m_folderObserver;

@@ -19,19 +19,19 @@ void ContentView::endDetailMagnification() {
   if (m_zoom.scale < kLeastKeptScale) setZoom({}, m_dragOffset, ZoomAnimation::Spring);
 }
 
-void ContentView::handleDrag(QSizeF translation) {
+void ContentView::handleDrag(QPointF translation) {
   if (m_zoom.scale > 1.0) setZoom(m_zoom, translation, ZoomAnimation::None);
 }
 
-void ContentView::endDrag(QSizeF translation) {
-  if (m_zoom.scale > 1.0) setZoom({m_zoom.scale, m_zoom.offset + translation}, {0, 0}, ZoomAnimation::None);
+void ContentView::endDrag(QPointF translation) {
+  if (m_zoom.scale > 1.0) setZoom({m_zoom.scale, m_zoom.offset + translation}, {}, ZoomAnimation::None);
 }
 
 void ContentView::handleDoubleClick() {
-  setZoom({}, {0, 0}, ZoomAnimation::Spring);
+  setZoom({}, {}, ZoomAnimation::Spring);
 }
 
-void ContentView::setZoom(const ZoomState& zoom, QSizeF dragOffset, ZoomAnimation animation) {
+void ContentView::setZoom(const ZoomState& zoom, QPointF dragOffset, ZoomAnimation animation) {
   Q_EMIT zoomWillChange(animation);
   m_zoom = zoom;
   m_dragOffset = dragOffset;

@@ -41,13 +41,13 @@ void PhotoView::setImage(const QImage& image) {
 }
 
 void PhotoView::setZoomScale(double scale) {
-  m_state.scale = scale;
+  m_zoom.scale = scale;
   Q_EMIT zoomScaleChanged();
   polish();
 }
 
 void PhotoView::setOffset(QPointF offset) {
-  m_state.offset = offset;
+  m_zoom.offset = offset;
   Q_EMIT offsetChanged();
   polish();
 }
@@ -64,19 +64,19 @@ void PhotoView::animate(Curve curve) {
 void PhotoView::followState() {
   const auto requested = std::exchange(m_requested, std::nullopt);
   const bool moving = m_clock.state() == QAbstractAnimation::Running;
-  if (m_state == (moving ? m_motion.target() : m_displayed)) {
+  if (m_zoom == (moving ? m_motion.target() : m_displayed)) {
     return;
   }
   if (!requested) {
     m_clock.stop();
-    display(m_state);
+    display(m_zoom);
     return;
   }
-  m_motion = moving ? m_motion.retargeted(*requested, m_state, m_clock.currentValue().toDouble())
-                    : PhotoViewMotion(*requested, m_displayed, m_state);
+  m_motion = moving ? m_motion.retargeted(*requested, m_zoom, m_clock.currentValue().toDouble())
+                    : PhotoViewMotion(*requested, m_displayed, m_zoom);
   m_clock.stop();
   if (m_motion.duration() <= 0) {
-    return display(m_state);
+    return display(m_zoom);
   }
   m_clock.setDuration(static_cast<int>(std::ceil(1000 * m_motion.duration())));
   m_clock.setStartValue(0.0);
@@ -84,8 +84,8 @@ void PhotoView::followState() {
   m_clock.start();
 }
 
-void PhotoView::display(const PhotoPlacement& placement) {
-  m_displayed = placement;
+void PhotoView::display(const ZoomState& zoom) {
+  m_displayed = zoom;
   makeLevels();
   Q_EMIT displayedChanged();
   update();
@@ -147,7 +147,7 @@ void PhotoView::makeBase() {
 
 // The coarser levels are only needed for a photo that has more pixels than its fitted view, once it is to stay zoomed.
 void PhotoView::makeLevels() {
-  if (m_madeLevels || m_state.scale <= 1 || !m_pyramid || m_base.size() == m_pyramid->size()) {
+  if (m_madeLevels || m_zoom.scale <= 1 || !m_pyramid || m_base.size() == m_pyramid->size()) {
     return;
   }
   m_madeLevels = true;

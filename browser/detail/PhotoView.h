@@ -46,9 +46,9 @@ class PhotoView : public QQuickItem {
 
   [[nodiscard]] QImage image() const { return m_image; }
   void setImage(const QImage& image);
-  [[nodiscard]] double zoomScale() const { return m_state.scale; }
+  [[nodiscard]] double zoomScale() const { return m_zoom.scale; }
   void setZoomScale(double scale);
-  [[nodiscard]] QPointF offset() const { return m_state.offset; }
+  [[nodiscard]] QPointF offset() const { return m_zoom.offset; }
   void setOffset(QPointF offset);
   [[nodiscard]] QRectF fittedBox() const;
   [[nodiscard]] double displayedScale() const { return m_displayed.scale; }
@@ -73,7 +73,7 @@ class PhotoView : public QQuickItem {
 
  private:
   void followState();
-  void display(const PhotoPlacement& placement);
+  void display(const ZoomState& zoom);
   void makeBase();
   void makeLevels();
   void makeNextLevel();
@@ -88,8 +88,8 @@ class PhotoView : public QQuickItem {
   bool m_madeLevels = false;
   std::stop_source m_levelsStop;  // of the photo in hand
 
-  PhotoPlacement m_state;
-  PhotoPlacement m_displayed;
+  ZoomState m_zoom;
+  ZoomState m_displayed;
   std::optional<PhotoViewMotion::Curve> m_requested;
   PhotoViewMotion m_motion;
   QVariantAnimation m_clock;  // seconds since the motion's start, in step with the frames

@@ -23,9 +23,9 @@ QRectF pixelAligned(const QRectF& rect, QPointF origin, double devicePixelRatio)
   return {aligned / devicePixelRatio - origin, QSizeF(width, height) / devicePixelRatio};
 }
 
-QRectF placedRect(const QRectF& fitted, QSizeF stage, const PhotoPlacement& placement) {
-  const QPointF centre(stage.width() / 2, stage.height() / 2);
-  return {(fitted.topLeft() - centre) * placement.scale + centre + placement.offset, fitted.size() * placement.scale};
+QRectF zoomedRect(const QRectF& fitted, QSizeF stage, const ZoomState& zoom) {
+  const QPointF center(stage.width() / 2, stage.height() / 2);
+  return {(fitted.topLeft() - center) * zoom.scale + center + zoom.offset, fitted.size() * zoom.scale};
 }
 
 int levelFor(double photoPixelsPerDevicePixel, int levelCount) {

@@ -7,18 +7,9 @@
 #include <QSizeF>
 #include <tuple>
 
+#include "ZoomState.h"
+
 namespace lumagrid {
-
-// How a photo is displayed: `scale` relative to its fitted size, about the centre of the stage, then `offset` in
-// points.
-struct PhotoPlacement {
-  double scale = 1;
-  QPointF offset;
-
-  friend bool operator==(const PhotoPlacement& a, const PhotoPlacement& b) {
-    return a.scale == b.scale && a.offset.x() == b.offset.x() && a.offset.y() == b.offset.y();
-  }
-};
 
 // The rectangle, in points of the stage, of a photo of `photo` pixels fitted into the stage's box, which leaves room
 // for the controls (150 points across, 116 down, but never smaller than 180 x 180) and is centred. Small photos are
@@ -29,8 +20,8 @@ struct PhotoPlacement {
 // window in points and `devicePixelRatio` the pixels of a point.
 [[nodiscard]] QRectF pixelAligned(const QRectF& rect, QPointF origin, double devicePixelRatio);
 
-// Where `fitted` lies once it is placed on the stage.
-[[nodiscard]] QRectF placedRect(const QRectF& fitted, QSizeF stage, const PhotoPlacement& placement);
+// Where `fitted` lies on the stage once it is zoomed and moved. Points.
+[[nodiscard]] QRectF zoomedRect(const QRectF& fitted, QSizeF stage, const ZoomState& zoom);
 
 // The level of a pyramid that has at least one texel, and fewer than two, for a device pixel, when the photo has
 // `photoPixelsPerDevicePixel`: 0 when it is magnified, the coarsest of `levelCount` at most.

@@ -33,13 +33,13 @@ double easedSpeed(double seconds) {
   return (eased(seconds + kStep) - eased(seconds)) / kStep;
 }
 
-std::array<double, 3> values(const PhotoPlacement& placement) {
-  return {placement.scale, placement.offset.x(), placement.offset.y()};
+std::array<double, 3> values(const ZoomState& zoom) {
+  return {zoom.scale, zoom.offset.x(), zoom.offset.y()};
 }
 
 }  // namespace
 
-PhotoViewMotion::PhotoViewMotion(Curve curve, const PhotoPlacement& from, const PhotoPlacement& to)
+PhotoViewMotion::PhotoViewMotion(Curve curve, const ZoomState& from, const ZoomState& to)
     : PhotoViewMotion(
           curve,
           [&] {
@@ -51,7 +51,7 @@ PhotoViewMotion::PhotoViewMotion(Curve curve, const PhotoPlacement& from, const 
           }(),
           to) {}
 
-PhotoViewMotion::PhotoViewMotion(Curve curve, const State& start, const PhotoPlacement& to)
+PhotoViewMotion::PhotoViewMotion(Curve curve, const State& start, const ZoomState& to)
     : m_curve(curve), m_start(start), m_target(to) {
   for (std::size_t i = 0; i < start.size(); ++i) {
     const auto& [distance, velocity] = start[i];
@@ -67,7 +67,7 @@ PhotoViewMotion::PhotoViewMotion(Curve curve, const State& start, const PhotoPla
   }
 }
 
-PhotoViewMotion PhotoViewMotion::retargeted(Curve curve, const PhotoPlacement& to, double seconds) const {
+PhotoViewMotion PhotoViewMotion::retargeted(Curve curve, const ZoomState& to, double seconds) const {
   State start = stateAt(seconds);
   for (std::size_t i = 0; i < start.size(); ++i) {
     start[i].distance += values(m_target)[i] - values(to)[i];
@@ -75,7 +75,7 @@ PhotoViewMotion PhotoViewMotion::retargeted(Curve curve, const PhotoPlacement& t
   return {curve, start, to};
 }
 
-PhotoPlacement PhotoViewMotion::at(double seconds) const {
+ZoomState PhotoViewMotion::at(double seconds) const {
   const State state = stateAt(seconds);
   return {m_target.scale + state[0].distance, m_target.offset + QPointF(state[1].distance, state[2].distance)};
 }

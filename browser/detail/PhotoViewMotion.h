@@ -6,7 +6,7 @@
 
 namespace lumagrid {
 
-// One movement of the displayed photo from a placement to another. A value; pure.
+// One movement of the displayed photo from one zoom to another. A value; pure.
 // The spring is a damped oscillator in closed form: response 0.3 s (the period it would have undamped), damping
 // fraction 0.8, so it passes its target by 1.5 % of the way. The ease-out takes 0.12 s.
 class PhotoViewMotion {
@@ -15,17 +15,17 @@ class PhotoViewMotion {
 
   // At rest at its target.
   PhotoViewMotion() = default;
-  PhotoViewMotion(Curve curve, const PhotoPlacement& from, const PhotoPlacement& to);
+  PhotoViewMotion(Curve curve, const ZoomState& from, const ZoomState& to);
 
   // A movement to another target that leaves from where this one is after `seconds`; a spring keeps its velocity.
-  [[nodiscard]] PhotoViewMotion retargeted(Curve curve, const PhotoPlacement& to, double seconds) const;
+  [[nodiscard]] PhotoViewMotion retargeted(Curve curve, const ZoomState& to, double seconds) const;
 
-  // The placement `seconds` after the start; exactly the target from duration() on.
-  [[nodiscard]] PhotoPlacement at(double seconds) const;
+  // The zoom `seconds` after the start; exactly the target from duration() on.
+  [[nodiscard]] ZoomState at(double seconds) const;
 
   // Seconds until what remains is less than can be seen.
   [[nodiscard]] double duration() const { return m_duration; }
-  [[nodiscard]] const PhotoPlacement& target() const { return m_target; }
+  [[nodiscard]] const ZoomState& target() const { return m_target; }
 
  private:
   // Scale, and offset across and down, as the distance from the target.
@@ -35,12 +35,12 @@ class PhotoViewMotion {
   };
   using State = std::array<Component, 3>;
 
-  PhotoViewMotion(Curve curve, const State& start, const PhotoPlacement& to);
+  PhotoViewMotion(Curve curve, const State& start, const ZoomState& to);
   [[nodiscard]] State stateAt(double seconds) const;
 
   Curve m_curve = Curve::Spring;
   State m_start;
-  PhotoPlacement m_target;
+  ZoomState m_target;
   double m_duration = 0;
 };
 

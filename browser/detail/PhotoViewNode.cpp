@@ -9,26 +9,26 @@ namespace {
 
 constexpr double kMargin = 32;  // points around the stage that are kept sharp for the next move
 
-QMatrix4x4 photoToStage(const QRectF& placed, QSize photo) {
+QMatrix4x4 photoToStage(const QRectF& zoomed, QSize photo) {
   QMatrix4x4 matrix;
-  matrix.translate(static_cast<float>(placed.x()), static_cast<float>(placed.y()));
-  matrix.scale(static_cast<float>(placed.width() / photo.width()),
-               static_cast<float>(placed.height() / photo.height()));
+  matrix.translate(static_cast<float>(zoomed.x()), static_cast<float>(zoomed.y()));
+  matrix.scale(static_cast<float>(zoomed.width() / photo.width()),
+               static_cast<float>(zoomed.height() / photo.height()));
   return matrix;
 }
 
-QRectF visiblePart(const PhotoViewFrame& frame, const QRectF& placed) {
+QRectF visiblePart(const PhotoViewFrame& frame, const QRectF& zoomed) {
   const QRectF stage = QRectF(QPointF(), frame.stage).adjusted(-kMargin, -kMargin, kMargin, kMargin);
-  const double across = frame.pyramid->size().width() / placed.width();
-  const double down = frame.pyramid->size().height() / placed.height();
-  return {(stage.x() - placed.x()) * across, (stage.y() - placed.y()) * down, stage.width() * across,
+  const double across = frame.pyramid->size().width() / zoomed.width();
+  const double down = frame.pyramid->size().height() / zoomed.height();
+  return {(stage.x() - zoomed.x()) * across, (stage.y() - zoomed.y()) * down, stage.width() * across,
           stage.height() * down};
 }
 
-double photoPixelsPerDevicePixel(const PhotoViewFrame& frame, const QRectF& placed) {
+double photoPixelsPerDevicePixel(const PhotoViewFrame& frame, const QRectF& zoomed) {
   const QSize photo = frame.pyramid->size();
   const double pixels = std::max(photo.width(), photo.height());
-  return pixels / (std::max(placed.width(), placed.height()) * frame.devicePixelRatio);
+  return pixels / (std::max(zoomed.width(), zoomed.height()) * frame.devicePixelRatio);
 }
 
 }  // namespace
@@ -43,13 +43,13 @@ bool PhotoViewNode::show(const PhotoViewFrame& frame) {
   ++m_frame;
   m_patches.clear();
   const QSize photo = frame.pyramid->size();
-  const QRectF placed = placedRect(frame.fitted, frame.stage, frame.placement);
-  setMatrix(photoToStage(placed, photo));
+  const QRectF zoomed = zoomedRect(frame.fitted, frame.stage, frame.zoom);
+  setMatrix(photoToStage(zoomed, photo));
   bool pending = false;
-  if (frame.placement.scale <= 1 || frame.base.size() == photo) {
+  if (frame.zoom.scale <= 1 || frame.base.size() == photo) {
     m_patches.push_back({m_base.get(), QRectF(QPointF(), QSizeF(frame.base.size())), QRectF(QPointF(), QSizeF(photo))});
   } else {
-    pending = showTiles(frame, levelFor(photoPixelsPerDevicePixel(frame, placed), frame.pyramid->levelCount()));
+    pending = showTiles(frame, levelFor(photoPixelsPerDevicePixel(frame, zoomed), frame.pyramid->levelCount()));
   }
   applyPatches();
   dropUnseen();
@@ -72,7 +72,7 @@ void PhotoViewNode::takePhoto(const PhotoViewFrame& frame) {
 }
 
 bool PhotoViewNode::showTiles(const PhotoViewFrame& frame, int level) {
-  const QRectF visible = visiblePart(frame, placedRect(frame.fitted, frame.stage, frame.placement));
+  const QRectF visible = visiblePart(frame, zoomedRect(frame.fitted, frame.stage, frame.zoom));
   const QSize photo = frame.pyramid->size();
   const QRect tiles = tilesTouching(visible, photo, level);
   if (tiles.isEmpty()) {

@@ -20,7 +20,7 @@ struct PhotoViewFrame {
   QImage base;    // the photo for the fitted view, in device pixels; the photo itself when that is no larger
   QRectF fitted;  // points, on device pixels
   QSizeF stage;   // points
-  PhotoPlacement placement;
+  ZoomState zoom;
   double devicePixelRatio = 1;
 };
 

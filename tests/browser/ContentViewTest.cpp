@@ -166,12 +166,12 @@ class ContentViewTest : public QObject {
   void gesturesOnThePhoto() {
     ContentView& view = m_window->view;
     QSignalSpy animations(&view, &ContentView::zoomWillChange);
-    const auto is = [&](double scale, QSizeF offset, QSizeF drag, Animation lastAnimation) {
+    const auto is = [&](double scale, QPointF offset, QPointF drag, Animation lastAnimation) {
       return view.zoom() == ZoomState{scale, offset} && view.dragOffset() == drag &&
              animations.last().first().value<Animation>() == lastAnimation;
     };
-    const QSizeF moved(5, 6);
-    const QSizeF drag(7, 8);
+    const QPointF moved(5, 6);
+    const QPointF drag(7, 8);
     view.handleDetailMagnification(3);
     view.endDrag(moved);
     view.handleDrag(drag);

@@ -50,7 +50,7 @@ class GeometryTest : public QObject {
     QCOMPARE(fittedRect({1100, 760}, {}), QRectF());
     QCOMPARE(pixelAligned({1, 2, 3, 5}, {1, 0}, 1.5), QRectF(1, 2, 10 / 3.0, 16 / 3.0));
     QCOMPARE(pixelAligned({0, 100, 900, 0.1}, {}, 1), QRectF(0, 100, 900, 1));  // never thinner than a pixel
-    QCOMPARE(placedRect({100, 50, 800, 500}, {1000, 600}, {2, {40, -25}}), QRectF(-260, -225, 1600, 1000));
+    QCOMPARE(zoomedRect({100, 50, 800, 500}, {1000, 600}, {2, {40, -25}}), QRectF(-260, -225, 1600, 1000));
   }
 
   void choosesLevelAndTiles() {
@@ -93,9 +93,9 @@ class GeometryTest : public QObject {
       const PhotoViewMotion motion(curve, m_zoomed, {});
       QVERIFY(motion.duration() <= longest);
       QCOMPARE(motion.at(0), m_zoomed);
-      QCOMPARE(motion.at(motion.duration()), PhotoPlacement{});
+      QCOMPARE(motion.at(motion.duration()), ZoomState{});
       // The last step cannot be seen.
-      const PhotoPlacement nearly = motion.at(motion.duration() - 0.0001);
+      const ZoomState nearly = motion.at(motion.duration() - 0.0001);
       QVERIFY(std::abs(nearly.scale - 1) < 0.001 && std::hypot(nearly.offset.x(), nearly.offset.y()) < 0.5);
     }
   }
@@ -106,7 +106,7 @@ class GeometryTest : public QObject {
     QVERIFY(std::abs(second.at(0).scale - first.at(0.1).scale) < 1e-9);
     const double before = first.at(0.1).scale - first.at(0.09999).scale;
     QVERIFY(std::abs(second.at(0.00001).scale - second.at(0).scale - before) < 5e-7);
-    QCOMPARE(second.at(second.duration()), (PhotoPlacement{2, {-50, 70}}));
+    QCOMPARE(second.at(second.duration()), (ZoomState{2, {-50, 70}}));
   }
 
  private:
@@ -115,7 +115,7 @@ class GeometryTest : public QObject {
     return {{100, 14, {24, 24, 24, 24}}, 4, count, viewport};
   }
 
-  const PhotoPlacement m_zoomed{4, {300, -200}};
+  const ZoomState m_zoomed{4, {300, -200}};
 };
 
 QTEST_APPLESS_MAIN(GeometryTest)

@@ -141,7 +141,7 @@ class PhotoViewTest : public QObject {
   [[nodiscard]] int worst(const Colour& colour) const {
     const QImage shown = m_window->grabWindow().convertToFormat(QImage::Format_RGB32);
     const QRectF rect =
-        placedRect(pixelAligned(m_view->fittedBox(), {}, 1), m_view->size(), {m_view->zoomScale(), m_view->offset()});
+        zoomedRect(pixelAligned(m_view->fittedBox(), {}, 1), m_view->size(), {m_view->zoomScale(), m_view->offset()});
     const double across = m_view->image().width() / rect.width();
     const double down = m_view->image().height() / rect.height();
     int worst = 0;

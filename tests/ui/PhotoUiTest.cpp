@@ -6,10 +6,10 @@ using namespace lumagrid;
 namespace {
 
 // The window's state, at which what is on screen has come to rest.
-bool isZoomed(const UiWindow& window, double scale, QSizeF offset = {0, 0}) {
+bool isZoomed(const UiWindow& window, double scale, QPointF offset = {}) {
   const auto* photo = window.window.findChild<PhotoView*>();
   return window.view.zoom() == ZoomState{scale, offset} && photo && photo->displayedScale() == scale &&
-         photo->displayedOffset() == QPointF(offset.width(), offset.height());
+         photo->displayedOffset() == offset;
 }
 
 }  // namespace
