@@ -49,7 +49,7 @@ std::vector<MenuEntry> AppMenus::applicationMenu() {
     m_dialogs.run([this] {
       (void)m_alert.runModal({QStringLiteral("Lumagrid %1").arg(QCoreApplication::applicationVersion()),
                               tr("A photo browser: a folder of pictures as a grid."),
-                              {tr("Close")},
+                              {{tr("Close"), AlertRole::accept}},
                               AlertRequest::Style::information});
     });
   };

@@ -70,12 +70,12 @@ void ContentView::deleteSelectedWithConfirmation() {
   const QString number = QString::number(count);
   const QString plural = count == 1 ? QString() : QStringLiteral("s");
   m_shared.dialogs.run([&] {
-    const int pressed = m_shared.alert.runModal({
+    const AlertRole pressed = m_shared.alert.runModal({
         QStringLiteral("Move %1 photo%2 to Trash?").arg(number, plural),
         QStringLiteral("%1 selected photo%2 will be moved to the Trash.").arg(number, plural),
-        {QStringLiteral("Move to Trash"), QStringLiteral("Cancel")},
+        {{QStringLiteral("Move to Trash"), AlertRole::accept}, {QStringLiteral("Cancel"), AlertRole::cancel}},
     });
-    if (pressed == 0) m_library.deleteSelectedPhotos(asked);
+    if (pressed == AlertRole::accept) m_library.deleteSelectedPhotos(asked);
   });
 }
 

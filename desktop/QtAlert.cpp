@@ -1,6 +1,5 @@
 #include "QtAlert.h"
 
-#include <QAbstractButton>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -11,8 +10,6 @@
 namespace lumagrid {
 
 namespace {
-
-constexpr QLatin1String kCancelTitle("Cancel");
 
 QString withoutMnemonics(QString title) {
   return title.replace(QLatin1Char('&'), QLatin1String("&&"));
@@ -28,7 +25,7 @@ QString withItsDirection(const QString& text) {
 
 }  // namespace
 
-int QtAlert::runModal(const AlertRequest& request) {
+AlertRole QtAlert::runModal(const AlertRequest& request) {
   m_palette.apply();
   QMessageBox box;
   box.setIcon(request.style == AlertRequest::Style::warning ? QMessageBox::Warning : QMessageBox::Information);
@@ -37,22 +34,23 @@ int QtAlert::runModal(const AlertRequest& request) {
   // The box's own text format does not reach the informative text.
   for (QLabel* label : box.findChildren<QLabel*>()) label->setTextFormat(Qt::PlainText);
 
-  QList<QAbstractButton*> buttons;
-  for (const QString& title : request.buttons) {
-    const bool cancels = title == kCancelTitle;
-    const auto role = cancels             ? QMessageBox::RejectRole
-                      : buttons.isEmpty() ? QMessageBox::AcceptRole
-                                          : QMessageBox::ActionRole;
-    QPushButton* button = box.addButton(withoutMnemonics(title), role);
-    if (buttons.isEmpty()) box.setDefaultButton(button);
-    if (cancels) box.setEscapeButton(button);
-    buttons.append(button);
+  const QPushButton* accepting = nullptr;
+  for (const AlertButton& asked : request.buttons) {
+    const bool accepts = asked.role == AlertRole::accept;
+    QPushButton* button =
+        box.addButton(withoutMnemonics(asked.title), accepts ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
+    if (accepts) {
+      box.setDefaultButton(button);
+      accepting = button;
+    } else {
+      box.setEscapeButton(button);
+    }
   }
 
   setTransientParent(box, activeWindow());
   box.setWindowModality(Qt::ApplicationModal);
   box.exec();
-  return int(box.clickedButton() ? buttons.indexOf(box.clickedButton()) : request.buttons.indexOf(kCancelTitle));
+  return accepting && box.clickedButton() == accepting ? AlertRole::accept : AlertRole::cancel;
 }
 
 }  // namespace lumagrid

@@ -6,14 +6,13 @@ namespace lumagrid {
 
 class WidgetPalette;
 
-// The alert as a message box above the active window, which it blocks. An alert that goes unanswered, because the
-// application quits, answers like its "Cancel" button, or -1 when it has none.
+// The alert as a message box above the active window, which it blocks.
 class QtAlert final : public Alert {
  public:
   // `palette` outlives the alert.
   explicit QtAlert(WidgetPalette& palette) : m_palette(palette) {}
 
-  [[nodiscard]] int runModal(const AlertRequest& request) override;
+  [[nodiscard]] AlertRole runModal(const AlertRequest& request) override;
 
  private:
   WidgetPalette& m_palette;

@@ -11,12 +11,12 @@ void PhotoLibrary::deleteCurrentPhoto() {
   const FileUrl url = currentPhoto()->url;
   const FileIdentity identity = FileIdentity::of(url);
   const QString name = url.nameInSentence();
-  const int pressed = m_services.alert.runModal({
+  const AlertRole pressed = m_services.alert.runModal({
       QStringLiteral("Move this photo to Trash?"),
       QStringLiteral("\"%1\" will be moved to the Trash.").arg(name),
-      {QStringLiteral("Move to Trash"), QStringLiteral("Cancel")},
+      {{QStringLiteral("Move to Trash"), AlertRole::accept}, {QStringLiteral("Cancel"), AlertRole::cancel}},
   });
-  if (pressed != 0) return;
+  if (pressed != AlertRole::accept) return;
   // The question was asked about this photo; the alert's event loop may have changed which one is current.
   const bool isStillCurrent = currentPhoto() && currentPhoto()->url == url;
   if (const auto error = isStillCurrent ? m_services.trash.trashItem(url, identity)

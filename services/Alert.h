@@ -1,18 +1,27 @@
 #pragma once
 
+#include <QList>
 #include <QString>
-#include <QStringList>
 
 namespace lumagrid {
 
-// A modal alert: plain texts and buttons in order. The first button has the Return key; a button titled "Cancel" has
-// the Esc key, and closing the alert presses it.
+enum class AlertRole {
+  accept,  // does what the alert is about; has the Return key
+  cancel,  // leaves everything as it is; has the Esc key, and closing the alert presses it
+};
+
+struct AlertButton {
+  QString title;
+  AlertRole role = AlertRole::accept;
+};
+
+// A modal alert: plain texts and buttons in order, at most one of each role.
 struct AlertRequest {
   enum class Style { warning, information };
 
   QString messageText;
   QString informativeText;
-  QStringList buttons;
+  QList<AlertButton> buttons;
   Style style = Style::warning;
 };
 
@@ -21,8 +30,8 @@ class Alert {
  public:
   virtual ~Alert() = default;
 
-  // The index of the pressed button.
-  [[nodiscard]] virtual int runModal(const AlertRequest& request) = 0;
+  // The role of the pressed button; cancel when the alert goes unanswered.
+  [[nodiscard]] virtual AlertRole runModal(const AlertRequest& request) = 0;
 };
 
 }  // namespace lumagrid

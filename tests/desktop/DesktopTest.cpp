@@ -83,12 +83,13 @@ class DesktopTest : public QObject {
   void alertAnswers() {
     const auto ask = [this](const std::function<void(QMessageBox&)>& answer) {
       whenOpen(answer);
-      return QtAlert(m_palette).runModal({QStringLiteral("<b>x</b> &amp;"),
-                                          QStringLiteral("\"<img src=x>\n<i>.jpg\" will be moved."),
-                                          {QStringLiteral("Move && Go"), QStringLiteral("Cancel")}});
+      return QtAlert(m_palette).runModal(
+          {QStringLiteral("<b>x</b> &amp;"),
+           QStringLiteral("\"<img src=x>\n<i>.jpg\" will be moved."),
+           {{QStringLiteral("Move && Go"), AlertRole::accept}, {QStringLiteral("Stay"), AlertRole::cancel}}});
     };
-    QCOMPARE(ask([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }), 0);
-    QCOMPARE(ask([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }), 1);
+    QCOMPARE(ask([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }), AlertRole::accept);
+    QCOMPARE(ask([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }), AlertRole::cancel);
     QString shown;
     const auto read = [this, &shown](QMessageBox& box) {
       for (const QLabel* label : box.findChildren<QLabel*>()) {
@@ -97,7 +98,7 @@ class DesktopTest : public QObject {
       shown += box.defaultButton()->text();
       if (box.windowHandle()->transientParent() == &m_window && box.isModal()) box.done(-5);
     };
-    QCOMPARE(ask(read), 1);  // it went unanswered
+    QCOMPARE(ask(read), AlertRole::cancel);  // it went unanswered
     QCOMPARE(shown, QStringLiteral("<b>x</b> &amp;\"<img src=x>\n<i>.jpg\" will be moved.Move &&&& Go"));
   }
 
@@ -108,7 +109,7 @@ class DesktopTest : public QObject {
         shown.setPlainText(box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"))->text());
         box.reject();
       });
-      (void)QtAlert(m_palette).runModal({QString(), text, {QStringLiteral("Cancel")}});
+      (void)QtAlert(m_palette).runModal({QString(), text, {{QStringLiteral("Cancel"), AlertRole::cancel}}});
       return shown.firstBlock().textDirection();
     };
     const QString name = shownName(QStringLiteral("\u05D0"));

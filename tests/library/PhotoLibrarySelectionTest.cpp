@@ -107,14 +107,14 @@ class PhotoLibrarySelectionTest : public QObject {
 
   void asksBeforeTheMove() {
     take(QStringLiteral("o1 x"));  // nothing is selected
-    m_platform->alert.answer = 1;
+    m_platform->alert.answer = AlertRole::cancel;
     m_library->deleteCurrentPhoto();
     QCOMPARE(m_platform->alert.asked.takeFirst(),
              (QStringList{QStringLiteral("Move this photo to Trash?"),
                           QStringLiteral("\"1.jpg\" will be moved to the Trash."), QStringLiteral("Move to Trash"),
                           QStringLiteral("Cancel")}));
     // The alert's event loop still runs timers and results.
-    m_platform->alert.answer = 0;
+    m_platform->alert.answer = AlertRole::accept;
     m_platform->alert.whileOpen = [this] { m_library->showNext(); };
     m_library->deleteCurrentPhoto();
     QCOMPARE(m_platform->alert.asked.size(), 1);

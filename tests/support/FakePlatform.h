@@ -68,12 +68,14 @@ struct FakeFolderChooser : FolderChooser {
 };
 
 struct FakeAlert : Alert {
-  int answer = 0;
+  AlertRole answer = AlertRole::accept;
   std::function<void()> whileOpen = [] {};
   QList<QStringList> asked;  // each: the message, the information, the buttons
 
-  int runModal(const AlertRequest& request) override {
-    asked.append(QStringList{request.messageText, request.informativeText} + request.buttons);
+  AlertRole runModal(const AlertRequest& request) override {
+    QStringList texts{request.messageText, request.informativeText};
+    for (const AlertButton& button : request.buttons) texts.append(button.title);
+    asked.append(texts);
     whileOpen();
     return answer;
   }

@@ -126,7 +126,7 @@ class GridUiTest : public QObject {
     window.click(photoName(3), Qt::ShiftModifier);
     QTRY_VERIFY(window.shows("3 selected"));
     window.platform.trash.stuck = {photoName(2)};
-    for (const int answer : {1, 0}) {
+    for (const AlertRole answer : {AlertRole::cancel, AlertRole::accept}) {
       QVERIFY(window.platform.trash.moved.isEmpty());
       QCOMPARE(checkedTiles(window), (QSet<int>{1, 2, 3}));
       window.platform.alert.answer = answer;

@@ -78,7 +78,7 @@ class PhotoUiTest : public QObject {
 
   void keysActWhateverHasTheFocus() {
     OnlyWindow window(m_folder.url());
-    window.platform.alert.answer = 1;
+    window.platform.alert.answer = AlertRole::cancel;
     // From the second photo: the index, and how many questions were asked.
     using Effect = std::pair<int, int>;
     const auto leadsTo = [&](const Effect& effect, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
@@ -111,7 +111,7 @@ class PhotoUiTest : public QObject {
       const qint64 index = window.library.currentIndex();
       if (shown.isEmpty() || shown.last() != index) shown.append(index);
     });
-    window.platform.alert.answer = 1;
+    window.platform.alert.answer = AlertRole::cancel;
     window.platform.alert.whileOpen = [&] {
       QVERIFY(!shown.isEmpty() && shown.last() == 3);  // what is asked about was seen
       window.press(Qt::Key_Left);
@@ -151,11 +151,11 @@ class PhotoUiTest : public QObject {
   void theCurrentPhotoIsMovedAfterAQuestion() {
     OnlyWindow window(m_folder.url());
     window.openPhoto("2.jpg");
-    window.platform.alert.answer = 1;
+    window.platform.alert.answer = AlertRole::cancel;
     window.click("Move current photo to Trash");
     QCOMPARE(window.platform.alert.asked.size(), 1);
     QTRY_VERIFY(window.shows("Showing \"2.jpg\".") && window.shows("3 / 4") && window.shows("2.jpg"));
-    window.platform.alert.answer = 0;
+    window.platform.alert.answer = AlertRole::accept;
     window.platform.trash.stuck = {photoName(2)};
     window.click("Move current photo to Trash");
     QTRY_VERIFY(window.shows("Delete failed: It sticks") && window.shows("3 / 4") && window.shows("2.jpg"));

@@ -56,11 +56,11 @@ class TrashUiTest : public QObject {
     DesktopTrash trash;
     UiApp app(ColorScheme::light, &trash);
     UiWindow window(app, FileUrl::fromPath(path()));
-    app.platform.alert.answer = 1;
+    app.platform.alert.answer = AlertRole::cancel;
     moveToTrash(window, 500, kPhotos - 1);
     QCOMPARE(app.platform.alert.asked.last().first(), QStringLiteral("Move 500 photos to Trash?"));
     QVERIFY(!QFile::exists(QFile::decodeName(m_trashFolder)));
-    app.platform.alert.answer = 0;
+    app.platform.alert.answer = AlertRole::accept;
     QCOMPARE(::unlink(path("777.jpg").constData()), 0);  // by another program
     window.click("Delete");
     QTRY_VERIFY(window.shows("Moved 499 photos to Trash. 1 failed."));
