@@ -10,8 +10,8 @@ Window {
 
     width: minimumWidth
     height: minimumHeight
-    minimumWidth: 1100
-    minimumHeight: 760 + menuBar.height
+    minimumWidth: view.leastSize.width
+    minimumHeight: view.leastSize.height + menuBar.height
     title: Application.displayName
 
     // Before the content for the Tab key, above it for the eye.

@@ -15,8 +15,6 @@ namespace lumagrid {
 
 namespace {
 
-constexpr QSizeF kStage(1064, 724);  // of a window of the least size
-
 // What shows on the grid's first screen, in reading order, but photo number `current` first.
 std::vector<FileUrl> photosInView(const std::vector<PhotoItem>& photos, const std::vector<std::uint32_t>& order,
                                   const GridLayout& layout, std::uint32_t current) {
@@ -40,13 +38,14 @@ StartAhead::StartAhead(const FileUrl& url, PictureStore& pictures) {
     if (folder != url) pictures.decodeAhead(url);
     FolderScan scan{photoItems(folder), {}};
     std::vector<FileUrl> inView;
-    const GridMetrics metrics = GridMetrics::fitting(kStage, kInitialGridDimension);
+    const GridMetrics metrics = GridMetrics::fitting(ContentView::kLeastStage, kInitialGridDimension);
     if (const auto* photos = std::get_if<std::vector<PhotoItem>>(&scan.listing); photos && !photos->empty()) {
       if (folder == url) pictures.decodeAhead(photos->front().url);
       scan.byName = sortedPositions(*photos, SortOrder::nameAscending);
       if (folder == url) {
         const auto count = static_cast<std::int64_t>(photos->size());
-        inView = photosInView(*photos, scan.byName, {metrics, kInitialGridDimension, count, kStage}, 0);
+        inView =
+            photosInView(*photos, scan.byName, {metrics, kInitialGridDimension, count, ContentView::kLeastStage}, 0);
       }
     }
     scanned->set_value(std::move(scan));

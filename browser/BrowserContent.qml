@@ -41,7 +41,7 @@ FocusScope {
             readonly property point backdropOrigin: Qt.point(stage.x, content.y + stage.y)
 
             anchors.fill: parent
-            anchors.margins: 18
+            anchors.margins: root.view.stageMargin
             focus: true
             sourceComponent: root.view.showsGrid ? gridStage : detailStage
         }

@@ -31,9 +31,7 @@ ContentView::ContentView(const PhotoLibrary::Services& services, const Shared& s
                          if (folder) m_shared.recentFolders.add(*folder);
                        }),
       m_currentIndexObserver([this] { return m_library.currentIndex(); },
-                             [this](std::int64_t) {
-                               setZoom({}, {}, ZoomAnimation::EaseOut);
-                             }) {
+                             [this](std::int64_t) { setZoom({}, {}, ZoomState::Curve::EaseOut); }) {
   const auto noticeCount = [this] { m_photoCountObserver.notice(); };
   connect(&m_library, &PhotoLibrary::photosReset, this, noticeCount);
   connect(&m_library, &PhotoLibrary::photoRemoved, this, noticeCount);
@@ -62,7 +60,7 @@ void ContentView::exitDetailMode() {
   m_shown.dismissNewStatus();  // the info bar has shown it
   setBrowserMode(BrowserMode::grid);
   setGridScrollTarget(currentPhotoPath());
-  setZoom({}, {}, ZoomAnimation::None);
+  setZoom({}, {}, ZoomState::Curve::None);
 }
 
 void ContentView::chooseFolderAndShowGrid() {

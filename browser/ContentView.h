@@ -3,6 +3,7 @@
 #include <QtQml/qqmlregistration.h>
 #include <QObject>
 #include <QPointF>
+#include <QSizeF>
 #include <QUrl>
 #include <QWindow>
 #include <cstdint>
@@ -32,11 +33,17 @@ class ContentView : public QObject {
   QML_UNCREATABLE("made by the application, one per window")
   Q_PROPERTY(bool showsGrid READ showsGrid NOTIFY browserModeChanged)
   Q_PROPERTY(int gridDimension READ gridDimension NOTIFY gridDimensionChanged)
+  Q_PROPERTY(bool canShowFewerTiles READ canShowFewerTiles NOTIFY gridDimensionChanged)
+  Q_PROPERTY(bool canShowMoreTiles READ canShowMoreTiles NOTIFY gridDimensionChanged)
   Q_PROPERTY(QList<int> gridPresets READ gridPresets CONSTANT)
   Q_PROPERTY(double zoomScale READ zoomScale NOTIFY zoomChanged)
+  Q_PROPERTY(double fittedScale READ fittedScale CONSTANT)
+  Q_PROPERTY(bool isZoomed READ isZoomed NOTIFY zoomChanged)
   Q_PROPERTY(QPointF displacement READ displacement NOTIFY zoomChanged)
   Q_PROPERTY(QPointF dragOffset READ dragOffset NOTIFY zoomChanged)
   Q_PROPERTY(lumagrid::ShownLibrary* shown READ shown CONSTANT)
+  Q_PROPERTY(QSizeF leastSize READ leastSize CONSTANT)
+  Q_PROPERTY(double stageMargin READ stageMargin CONSTANT)
 
  public:
   // What a window shares with the others; each outlives it.
@@ -49,9 +56,12 @@ class ContentView : public QObject {
     OpenDialogs& dialogs;
   };
 
-  // How the displayed zoom follows the state, which jumps to its end value.
-  enum class ZoomAnimation { None, EaseOut, Spring };
-  Q_ENUM(ZoomAnimation)
+  // The least size of a window's content, without the menu bar, and how far the stage is from its edges. Points.
+  static constexpr QSizeF kLeastSize{1100, 760};
+  static constexpr double kStageMargin = 18;
+  static constexpr QSizeF kLeastStage{kLeastSize.width() - 2 * kStageMargin, kLeastSize.height() - 2 * kStageMargin};
+  [[nodiscard]] static QSizeF leastSize() { return kLeastSize; }
+  [[nodiscard]] static double stageMargin() { return kStageMargin; }
 
   ContentView(const PhotoLibrary::Services& services, const Shared& shared, QObject* parent = nullptr);
 
@@ -62,6 +72,8 @@ class ContentView : public QObject {
   [[nodiscard]] BrowserMode browserMode() const { return m_browserMode; }
   [[nodiscard]] bool showsGrid() const { return m_browserMode == BrowserMode::grid; }
   [[nodiscard]] qint64 gridDimension() const { return m_gridDimension; }
+  [[nodiscard]] bool canShowFewerTiles() const { return m_gridDimension > kLowestGridDimension; }
+  [[nodiscard]] bool canShowMoreTiles() const { return m_gridDimension < kHighestGridDimension; }
   [[nodiscard]] double lastMagnification() const { return m_lastMagnification; }
   // The path of the photo that the grid brings to its centre.
   [[nodiscard]] const std::optional<QByteArray>& gridScrollTarget() const { return m_gridScrollTarget; }
@@ -70,6 +82,8 @@ class ContentView : public QObject {
   [[nodiscard]] QList<int> gridPresets() const { return {4, 9, 16, 25, 36}; }  // numbers of visible thumbnails
 
   [[nodiscard]] double zoomScale() const { return m_zoom.scale; }
+  [[nodiscard]] static double fittedScale() { return ZoomState::kFittedScale; }
+  [[nodiscard]] bool isZoomed() const { return m_zoom.scale > ZoomState::kFittedScale; }
   [[nodiscard]] QPointF displacement() const { return m_zoom.offset + m_dragOffset; }
 
   Q_INVOKABLE void handleExitCommand();
@@ -113,14 +127,14 @@ class ContentView : public QObject {
   void browserModeChanged();
   void gridDimensionChanged();
   void gridScrollTargetChanged();
-  // The displayed zoom is to follow the state with this curve; comes before zoomChanged().
-  void zoomWillChange(lumagrid::ContentView::ZoomAnimation animation);
+  // The displayed zoom is to follow the state, which jumps to its end, along this curve; comes before zoomChanged().
+  void zoomWillChange(lumagrid::ZoomState::Curve curve);
   void zoomChanged();
 
  private:
   void setBrowserMode(BrowserMode mode);
   void setGridScrollTarget(std::optional<QByteArray> path);
-  void setZoom(const ZoomState& zoom, QPointF dragOffset, ZoomAnimation animation);
+  void setZoom(const ZoomState& zoom, QPointF dragOffset, ZoomState::Curve curve);
   [[nodiscard]] std::optional<QByteArray> currentPhotoPath() const;
   void openFolderInGrid(const FileUrl& folder);
 

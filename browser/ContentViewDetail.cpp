@@ -1,5 +1,3 @@
-#include <cmath>
-
 #include "ContentView.h"
 #include "OpenDialogs.h"
 
@@ -10,29 +8,30 @@ void ContentView::deleteCurrentPhoto() {
 }
 
 void ContentView::handleDetailMagnification(double magnification) {
-  const double scale = std::isnan(magnification) ? 1.0 : std::max(magnification, 1.0);
-  setZoom({scale, m_zoom.offset}, m_dragOffset, ZoomAnimation::None);
+  const bool magnifies = magnification > ZoomState::kFittedScale;  // not when it is no number
+  const double scale = magnifies ? magnification : ZoomState::kFittedScale;
+  setZoom({scale, m_zoom.offset}, m_dragOffset, ZoomState::Curve::None);
 }
 
 void ContentView::endDetailMagnification() {
   constexpr double kLeastKeptScale = 1.05;
-  if (m_zoom.scale < kLeastKeptScale) setZoom({}, m_dragOffset, ZoomAnimation::Spring);
+  if (m_zoom.scale < kLeastKeptScale) setZoom({}, m_dragOffset, ZoomState::Curve::Spring);
 }
 
 void ContentView::handleDrag(QPointF translation) {
-  if (m_zoom.scale > 1.0) setZoom(m_zoom, translation, ZoomAnimation::None);
+  if (isZoomed()) setZoom(m_zoom, translation, ZoomState::Curve::None);
 }
 
 void ContentView::endDrag(QPointF translation) {
-  if (m_zoom.scale > 1.0) setZoom({m_zoom.scale, m_zoom.offset + translation}, {}, ZoomAnimation::None);
+  if (isZoomed()) setZoom({m_zoom.scale, m_zoom.offset + translation}, {}, ZoomState::Curve::None);
 }
 
 void ContentView::handleDoubleClick() {
-  setZoom({}, {}, ZoomAnimation::Spring);
+  setZoom({}, {}, ZoomState::Curve::Spring);
 }
 
-void ContentView::setZoom(const ZoomState& zoom, QPointF dragOffset, ZoomAnimation animation) {
-  Q_EMIT zoomWillChange(animation);
+void ContentView::setZoom(const ZoomState& zoom, QPointF dragOffset, ZoomState::Curve curve) {
+  Q_EMIT zoomWillChange(curve);
   m_zoom = zoom;
   m_dragOffset = dragOffset;
   Q_EMIT zoomChanged();

@@ -7,7 +7,10 @@ ShownLibrary::ShownLibrary(const PhotoLibrary& library, QObject* parent)
       m_library(library),
       m_photoCountObserver([this] { return photoCount(); }, [this](std::int64_t) { Q_EMIT photoCountChanged(); }),
       m_selectedCountObserver([this] { return selectedCount(); },
-                              [this](std::int64_t) { Q_EMIT selectedCountChanged(); }) {
+                              [this](std::int64_t count) {
+                                if (count > 0) m_lastSelectedCount = count;
+                                Q_EMIT selectedCountChanged();
+                              }) {
   const auto photosMayHaveChanged = [this] {
     m_photoCountObserver.notice();
     Q_EMIT currentPhotoChanged();

@@ -19,6 +19,8 @@ class ShownLibrary : public QObject {
   QML_UNCREATABLE("part of a window's state")
   Q_PROPERTY(int photoCount READ photoCount NOTIFY photoCountChanged)
   Q_PROPERTY(int selectedCount READ selectedCount NOTIFY selectedCountChanged)
+  // The last number of selected photos that was not 0: what a bar that leaves goes on to show.
+  Q_PROPERTY(int lastSelectedCount READ lastSelectedCount NOTIFY selectedCountChanged)
   Q_PROPERTY(QImage currentImage READ currentImage NOTIFY currentImageChanged)
   Q_PROPERTY(bool hasImage READ hasImage NOTIFY currentImageChanged)
   Q_PROPERTY(QString currentName READ currentName NOTIFY currentPhotoChanged)
@@ -37,6 +39,7 @@ class ShownLibrary : public QObject {
 
   [[nodiscard]] qint64 photoCount() const { return m_library.photoCount(); }
   [[nodiscard]] qint64 selectedCount() const { return static_cast<qint64>(m_library.selectedIndices().size()); }
+  [[nodiscard]] qint64 lastSelectedCount() const { return m_lastSelectedCount; }
   [[nodiscard]] const QImage& currentImage() const { return m_library.currentImage(); }
   [[nodiscard]] bool hasImage() const { return !m_library.currentImage().isNull(); }
   [[nodiscard]] QString currentName() const;
@@ -61,6 +64,7 @@ class ShownLibrary : public QObject {
 
  private:
   const PhotoLibrary& m_library;
+  std::int64_t m_lastSelectedCount = 0;
   QString m_newStatus;
   ChangeObserver<std::int64_t> m_photoCountObserver;
   ChangeObserver<std::int64_t> m_selectedCountObserver;

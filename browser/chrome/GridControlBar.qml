@@ -23,7 +23,7 @@ ChromeBar {
             anchors.verticalCenter: parent.verticalCenter
             iconName: "minusMagnifyingGlass"
             helpText: qsTr("Zoom in to show fewer thumbnails")
-            isAvailable: root.view.gridDimension >= 3
+            isAvailable: root.view.canShowFewerTiles
             onClicked: root.view.setGridDimension(root.view.gridDimension - 1)
         }
 
@@ -48,7 +48,7 @@ ChromeBar {
             anchors.verticalCenter: parent.verticalCenter
             iconName: "plusMagnifyingGlass"
             helpText: qsTr("Zoom out to show more thumbnails")
-            isAvailable: root.view.gridDimension <= 5
+            isAvailable: root.view.canShowMoreTiles
             onClicked: root.view.setGridDimension(root.view.gridDimension + 1)
         }
 

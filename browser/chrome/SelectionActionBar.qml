@@ -7,24 +7,9 @@ ChromeBar {
     id: root
 
     required property ContentView view
-    property int shownCount // the last count, while the bar leaves
-
-    function showCount() {
-        if (root.view.shown.selectedCount > 0)
-            root.shownCount = root.view.shown.selectedCount;
-    }
 
     implicitWidth: label.width + 10 + 8 + 10 + buttons.width + 32
     implicitHeight: buttons.height + 20
-    Component.onCompleted: showCount()
-
-    Connections {
-        target: root.view.shown
-
-        function onSelectedCountChanged() {
-            root.showCount();
-        }
-    }
 
     Row {
         id: label
@@ -44,7 +29,7 @@ ChromeBar {
 
         Text {
             anchors.verticalCenter: parent.verticalCenter
-            text: qsTr("%n selected", "", root.shownCount)
+            text: qsTr("%n selected", "", root.view.shown.lastSelectedCount)
             textFormat: Text.PlainText
             font: Fonts.system(14, Font.DemiBold)
             color: WindowPalette.text

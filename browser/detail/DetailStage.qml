@@ -43,47 +43,25 @@ StageShell {
             Connections {
                 target: root.view
 
-                function onZoomWillChange(animation) {
-                    if (animation === ContentView.Spring)
-                        photoView.animate(PhotoView.Spring);
-                    else if (animation === ContentView.EaseOut)
-                        photoView.animate(PhotoView.EaseOut);
+                function onZoomWillChange(curve) {
+                    photoView.animate(curve);
                 }
             }
 
-            MouseArea {
-                property point start
-                property bool isDragging: false
-
-                function translation(mouse: MouseEvent): size {
-                    return Qt.size(mouse.x - start.x, mouse.y - start.y);
-                }
-
-                function end(translation: size) {
-                    if (isDragging)
-                        root.view.endDrag(translation);
-                    isDragging = false;
-                }
-
+            DragArea {
                 anchors.fill: parent
-                cursorShape: root.view.zoomScale <= 1 ? Qt.ArrowCursor : isDragging ? Qt.ClosedHandCursor : Qt.OpenHandCursor
+                canMove: root.view.isZoomed
 
-                onPressed: mouse => start = Qt.point(mouse.x, mouse.y)
-                onPositionChanged: mouse => {
-                    const way = translation(mouse);
-                    isDragging = isDragging || Math.hypot(way.width, way.height) >= 10;
-                    if (isDragging)
-                        root.view.handleDrag(way);
-                }
-                onReleased: mouse => end(translation(mouse))
-                onCanceled: end(root.view.dragOffset)
+                onDragged: translation => root.view.handleDrag(translation)
+                onEnded: translation => root.view.endDrag(translation)
+                onCanceled: root.view.endDrag(root.view.dragOffset)
                 onDoubleClicked: root.view.handleDoubleClick()
             }
 
             MagnificationArea {
                 anchors.fill: parent
                 wheelStart: root.view.zoomScale
-                wheelFloor: 1
+                wheelFloor: root.view.fittedScale
 
                 onMagnified: magnification => root.view.handleDetailMagnification(magnification)
                 onEnded: root.view.endDetailMagnification()

@@ -57,23 +57,18 @@ QRectF PhotoView::fittedBox() const {
 }
 
 void PhotoView::animate(Curve curve) {
-  m_requested = curve == Curve::Spring ? PhotoViewMotion::Curve::Spring : PhotoViewMotion::Curve::EaseOut;
+  m_requested = curve;
   polish();
 }
 
 void PhotoView::followState() {
-  const auto requested = std::exchange(m_requested, std::nullopt);
+  const Curve curve = std::exchange(m_requested, Curve::None);
   const bool moving = m_clock.state() == QAbstractAnimation::Running;
   if (m_zoom == (moving ? m_motion.target() : m_displayed)) {
     return;
   }
-  if (!requested) {
-    m_clock.stop();
-    display(m_zoom);
-    return;
-  }
-  m_motion = moving ? m_motion.retargeted(*requested, m_zoom, m_clock.currentValue().toDouble())
-                    : PhotoViewMotion(*requested, m_displayed, m_zoom);
+  m_motion = moving ? m_motion.retargeted(curve, m_zoom, m_clock.currentValue().toDouble())
+                    : PhotoViewMotion(curve, m_displayed, m_zoom);
   m_clock.stop();
   if (m_motion.duration() <= 0) {
     return display(m_zoom);

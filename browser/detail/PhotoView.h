@@ -6,7 +6,6 @@
 #include <QQuickItem>
 #include <QVariantAnimation>
 #include <memory>
-#include <optional>
 #include <stop_token>
 
 #include "BackgroundQueue.h"
@@ -38,8 +37,7 @@ class PhotoView : public QQuickItem {
   Q_PROPERTY(QPointF displayedOffset READ displayedOffset NOTIFY displayedChanged)
 
  public:
-  enum class Curve { Spring, EaseOut };
-  Q_ENUM(Curve)
+  using Curve = ZoomState::Curve;
 
   explicit PhotoView(QQuickItem* parent = nullptr);
   ~PhotoView() override;
@@ -56,7 +54,7 @@ class PhotoView : public QQuickItem {
 
   // What zoomScale and offset become before the next frame, earlier or later than this call, is reached along the curve
   // (see PhotoViewMotion). Changes without this are shown at once and end a movement in progress.
-  Q_INVOKABLE void animate(lumagrid::PhotoView::Curve curve);
+  Q_INVOKABLE void animate(lumagrid::ZoomState::Curve curve);
 
  Q_SIGNALS:
   void imageChanged();
@@ -90,7 +88,7 @@ class PhotoView : public QQuickItem {
 
   ZoomState m_zoom;
   ZoomState m_displayed;
-  std::optional<PhotoViewMotion::Curve> m_requested;
+  Curve m_requested = Curve::None;
   PhotoViewMotion m_motion;
   QVariantAnimation m_clock;  // seconds since the motion's start, in step with the frames
 

@@ -55,7 +55,7 @@ PhotoViewMotion::PhotoViewMotion(Curve curve, const State& start, const ZoomStat
     : m_curve(curve), m_start(start), m_target(to) {
   for (std::size_t i = 0; i < start.size(); ++i) {
     const auto& [distance, velocity] = start[i];
-    if (distance == 0 && velocity == 0) {
+    if (curve == Curve::None || (distance == 0 && velocity == 0)) {
       continue;
     }
     if (curve == Curve::EaseOut) {

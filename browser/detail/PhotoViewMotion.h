@@ -11,7 +11,7 @@ namespace lumagrid {
 // fraction 0.8, so it passes its target by 1.5 % of the way. The ease-out takes 0.12 s.
 class PhotoViewMotion {
  public:
-  enum class Curve { Spring, EaseOut };
+  using Curve = ZoomState::Curve;
 
   // At rest at its target.
   PhotoViewMotion() = default;
@@ -38,7 +38,7 @@ class PhotoViewMotion {
   PhotoViewMotion(Curve curve, const State& start, const ZoomState& to);
   [[nodiscard]] State stateAt(double seconds) const;
 
-  Curve m_curve = Curve::Spring;
+  Curve m_curve = Curve::None;
   State m_start;
   ZoomState m_target;
   double m_duration = 0;

@@ -9,7 +9,7 @@
 
 using namespace lumagrid;
 
-using Animation = ContentView::ZoomAnimation;
+using Curve = ZoomState::Curve;
 
 // Observers run on the next turn of the event loop: processEvents() is that turn.
 class ContentViewTest : public QObject {
@@ -40,7 +40,7 @@ class ContentViewTest : public QObject {
     QCOMPARE(m_window->view.zoom().scale, 2.0);  // until the next turn
     QCoreApplication::processEvents();
     QCOMPARE(m_window->view.zoom(), ZoomState{});
-    QCOMPARE(animations, QList<QVariantList>{{QVariant::fromValue(Animation::EaseOut)}});
+    QCOMPARE(animations, QList<QVariantList>{{QVariant::fromValue(Curve::EaseOut)}});
   }
 
   void anEmptyFolderReturnsToTheGrid() {
@@ -163,12 +163,40 @@ class ContentViewTest : public QObject {
     QCOMPARE(pinch(4, {std::nan("")}), 4);
   }
 
+  void theColumnsHaveLimits() {
+    using State = std::tuple<qint64, bool, bool>;  // columns; whether fewer and more can be had
+    for (const auto& [wanted, state] : {std::pair(1, State(2, false, true)),
+                                        {2, State(2, false, true)},
+                                        {3, State(3, true, true)},
+                                        {5, State(5, true, true)},
+                                        {6, State(6, true, false)},
+                                        {99, State(6, true, false)}}) {
+      ContentView& view = m_window->view;
+      view.setGridDimension(wanted);
+      QVERIFY(State(view.gridDimension(), view.canShowFewerTiles(), view.canShowMoreTiles()) == state);
+    }
+  }
+
+  void theCountOfASelectionOutlivesIt() {
+    using Counts = std::pair<qint64, qint64>;  // now, and in a bar that leaves
+    const ShownLibrary& shown = *m_window->view.shown();
+    const auto counts = [&shown](const std::function<void()>& change) {
+      change();
+      QCoreApplication::processEvents();
+      return Counts(shown.selectedCount(), shown.lastSelectedCount());
+    };
+    QCOMPARE(counts([this] { m_window->library.toggleSelection(1); }), Counts(1, 1));
+    QCOMPARE(counts([this] { m_window->library.extendSelection(3); }), Counts(3, 3));
+    QCOMPARE(counts([this] { m_window->library.clearSelection(); }), Counts(0, 3));
+    QCOMPARE(counts([this] { m_window->library.toggleSelection(1); }), Counts(1, 1));
+  }
+
   void gesturesOnThePhoto() {
     ContentView& view = m_window->view;
     QSignalSpy animations(&view, &ContentView::zoomWillChange);
-    const auto is = [&](double scale, QPointF offset, QPointF drag, Animation lastAnimation) {
+    const auto is = [&](double scale, QPointF offset, QPointF drag, Curve lastCurve) {
       return view.zoom() == ZoomState{scale, offset} && view.dragOffset() == drag &&
-             animations.last().first().value<Animation>() == lastAnimation;
+             animations.last().first().value<Curve>() == lastCurve;
     };
     const QPointF moved(5, 6);
     const QPointF drag(7, 8);
@@ -178,18 +206,18 @@ class ContentViewTest : public QObject {
     QCOMPARE(view.displacement(), QPointF(12, 14));
     view.handleDetailMagnification(1.05);
     view.endDetailMagnification();
-    QVERIFY(is(1.05, moved, drag, Animation::None));
+    QVERIFY(is(1.05, moved, drag, Curve::None));
     view.handleDetailMagnification(0.5);
     view.handleDetailMagnification(std::nan(""));
     view.endDrag({9, 9});  // does nothing to a fitted photo
-    QVERIFY(is(1, moved, drag, Animation::None));
+    QVERIFY(is(1, moved, drag, Curve::None));
     view.endDetailMagnification();  // the pan is lost, the drag goes on
-    QVERIFY(is(1, {0, 0}, drag, Animation::Spring));
+    QVERIFY(is(1, {0, 0}, drag, Curve::Spring));
     view.handleDetailMagnification(3);
     view.endDrag(moved);
     view.handleDrag(drag);
     view.exitDetailMode();
-    QVERIFY(is(1, {0, 0}, {0, 0}, Animation::None));
+    QVERIFY(is(1, {0, 0}, {0, 0}, Curve::None));
   }
 
  private:
