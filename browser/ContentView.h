@@ -75,7 +75,7 @@ class ContentView : public QObject {
   [[nodiscard]] bool canShowFewerTiles() const { return m_gridDimension > kLowestGridDimension; }
   [[nodiscard]] bool canShowMoreTiles() const { return m_gridDimension < kHighestGridDimension; }
   [[nodiscard]] double lastMagnification() const { return m_lastMagnification; }
-  // The path of the photo that the grid brings to its centre.
+  // The path of the photo that the grid brings to its center.
   [[nodiscard]] const std::optional<QByteArray>& gridScrollTarget() const { return m_gridScrollTarget; }
   [[nodiscard]] const ZoomState& zoom() const { return m_zoom; }
   [[nodiscard]] QPointF dragOffset() const { return m_dragOffset; }

@@ -65,7 +65,7 @@ void ContentView::openSortMenu(QWindow* window, QPointF position) {
 }
 
 void ContentView::deleteSelectedWithConfirmation() {
-  const auto asked = m_library.selectedFiles();
+  const auto files = m_library.selectedFiles();
   const qint64 count = m_shown.selectedCount();
   const QString number = QString::number(count);
   const QString plural = count == 1 ? QString() : QStringLiteral("s");
@@ -75,7 +75,7 @@ void ContentView::deleteSelectedWithConfirmation() {
         QStringLiteral("%1 selected photo%2 will be moved to the Trash.").arg(number, plural),
         {{QStringLiteral("Move to Trash"), AlertRole::accept}, {QStringLiteral("Cancel"), AlertRole::cancel}},
     });
-    if (pressed == AlertRole::accept) m_library.deleteSelectedPhotos(asked);
+    if (pressed == AlertRole::accept) m_library.deleteSelectedPhotos(files);
   });
 }
 

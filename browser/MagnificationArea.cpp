@@ -94,15 +94,15 @@ void MagnificationArea::begin(double magnification) {
 
 void MagnificationArea::change(double magnification) {
   m_magnification = magnification;
-  m_isTold = m_isTold || m_wheelEnd.isActive() || std::abs(magnification - 1) >= kThreshold;
-  if (m_isTold) Q_EMIT magnified(magnification);
+  m_hasPassedThreshold = m_hasPassedThreshold || m_wheelEnd.isActive() || std::abs(magnification - 1) >= kThreshold;
+  if (m_hasPassedThreshold) Q_EMIT magnified(magnification);
 }
 
 void MagnificationArea::end() {
   m_wheelEnd.stop();
   m_startDistance = 0;
   m_magnification.reset();
-  if (std::exchange(m_isTold, false)) Q_EMIT ended();
+  if (std::exchange(m_hasPassedThreshold, false)) Q_EMIT ended();
 }
 
 }  // namespace lumagrid

@@ -8,7 +8,7 @@
 
 namespace lumagrid {
 
-// Recognises a pinch over the item: two fingers on a touch screen or a touch pad, or the wheel with Ctrl, which begins
+// Recognizes a pinch over the item: two fingers on a touch screen or a touch pad, or the wheel with Ctrl, which begins
 // with the first notch and ends 300 ms after the last. It watches the window's events and leaves them to everyone else,
 // but for the wheel that it takes. Magnifications are relative to the start of the pinch (1 there); the first is told
 // once it differs from 1 by 0.01. Main thread.
@@ -44,7 +44,7 @@ class MagnificationArea : public lumagrid::WindowEventItem {
   double m_wheelStart = 1;
   double m_wheelFloor = 0;
   std::optional<double> m_magnification;  // of the pinch that is under way
-  bool m_isTold = false;                  // it has passed the threshold
+  bool m_hasPassedThreshold = false;      // it has passed the threshold
   double m_startDistance = 0;             // between two fingers
   QBasicTimer m_wheelEnd;
 };

@@ -20,7 +20,7 @@ bool WindowKeys::windowEvent(QEvent& event) {
       forgetWaiting();
       return false;
     case QEvent::Expose:
-      if (awaitsFrame()) m_turn.start(0, this);
+      if (awaitsFrame()) m_nextTurn.start(0, this);
       return false;
     default:
       return false;
@@ -57,13 +57,13 @@ void WindowKeys::press(int key) {
 
 void WindowKeys::hold(int key) {
   m_heldKey = key;
-  // Due when every event that already waits, a release among them, has been seen.
-  if (!m_turn.isActive()) m_turn.start(0, this);
+  // After every event that waits already, among them perhaps the release of the key.
+  if (!m_nextTurn.isActive()) m_nextTurn.start(0, this);
 }
 
 void WindowKeys::timerEvent(QTimerEvent* event) {
-  if (event->timerId() != m_turn.timerId()) return;
-  m_turn.stop();
+  if (event->timerId() != m_nextTurn.timerId()) return;
+  m_nextTurn.stop();
   if (!window()->isExposed()) m_shownStep = m_lastStep;  // no frame will come
   if (m_view->dialogs().any() || m_view->showsGrid()) forgetWaiting();
   if (!m_waiting.empty()) {
@@ -99,22 +99,23 @@ void WindowKeys::step(int key) {
   awaitFrame();
 }
 
-// A frame may be under way that was begun before the step: the one meant takes the step's scene, and is then swapped.
+// A frame that was begun before the step does not show it. So the first job waits until a frame takes over the scene
+// with the step; that frame shows it once the second job, after the swap, has run.
 void WindowKeys::awaitFrame() {
   QQuickWindow* const shownIn = window();
   const auto swapped = [this, step = ++m_lastStep] {
     m_shownStep = std::max(m_shownStep, step);
     // Behind the events that already wait: Esc and clicks go before what waits here.
-    if (!m_waiting.empty()) m_turn.start(0, this);
+    if (!m_waiting.empty()) m_nextTurn.start(0, this);
   };
-  const auto taken = [this, shownIn, swapped] {
+  const auto sceneTakenOver = [this, shownIn, swapped] {
     auto* const job =
         QRunnable::create([this, swapped] { QMetaObject::invokeMethod(this, swapped, Qt::QueuedConnection); });
     shownIn->scheduleRenderJob(job, QQuickWindow::AfterSwapStage);
   };
-  shownIn->scheduleRenderJob(QRunnable::create(taken), QQuickWindow::BeforeSynchronizingStage);
+  shownIn->scheduleRenderJob(QRunnable::create(sceneTakenOver), QQuickWindow::BeforeSynchronizingStage);
   shownIn->update();
-  if (!shownIn->isExposed()) m_turn.start(0, this);
+  if (!shownIn->isExposed()) m_nextTurn.start(0, this);
 }
 
 }  // namespace lumagrid

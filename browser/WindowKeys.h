@@ -45,7 +45,7 @@ class WindowKeys : public lumagrid::WindowEventItem {
   std::optional<int> m_heldKey;  // an arrow that repeats and whose next step is due
   int m_lastStep = 0;            // counts what has to be shown
   int m_shownStep = 0;           // the last one that a frame has shown
-  QBasicTimer m_turn;            // when what waits may act again
+  QBasicTimer m_nextTurn;        // of the event loop, in which what waits may act
 };
 
 }  // namespace lumagrid

@@ -12,7 +12,7 @@ namespace {
 
 // The toolkit's dialog keeps the folders that it has shown in a file of all the toolkit's programs, and offers no way
 // not to. Where no file can be made it keeps nothing. Our own preferences name their file, and stay.
-void keepNoHistory() {
+void disableHistory() {
   QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
 }
 
@@ -20,7 +20,7 @@ void keepNoHistory() {
 
 std::optional<FileUrl> QtFolderChooser::chooseFolder(const QString& title, const QString& prompt) {
   m_palette.apply();
-  keepNoHistory();
+  disableHistory();
   QFileDialog dialog;
   dialog.setWindowTitle(title);
   dialog.setFileMode(QFileDialog::Directory);

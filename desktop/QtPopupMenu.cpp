@@ -31,7 +31,7 @@ QtPopupMenu::~QtPopupMenu() = default;
 void QtPopupMenu::open(QWindow* window, QPoint position, std::vector<MenuEntry> entries) {
   if (m_menu) {
     m_menu->close();
-    finish();
+    runChosenAction();
   }
   m_palette.apply();
   m_menu = std::make_unique<QMenu>();
@@ -41,7 +41,7 @@ void QtPopupMenu::open(QWindow* window, QPoint position, std::vector<MenuEntry> 
     QMetaObject::invokeMethod(
         menu,
         [this, menu] {
-          if (menu == m_menu.get()) finish();
+          if (menu == m_menu.get()) runChosenAction();
         },
         Qt::QueuedConnection);
   });
@@ -66,7 +66,7 @@ void QtPopupMenu::add(QMenu& menu, std::vector<MenuEntry> entries) {
   }
 }
 
-void QtPopupMenu::finish() {
+void QtPopupMenu::runChosenAction() {
   // The menu is let go of first: the action may open the next one. It may still be handling an event.
   m_menu.release()->deleteLater();
   const auto chosen = std::exchange(m_chosen, nullptr);

@@ -22,7 +22,7 @@ class QtPopupMenu final : public PopupMenu {
 
  private:
   void add(QMenu& menu, std::vector<MenuEntry> entries);
-  void finish();
+  void runChosenAction();
 
   WidgetPalette& m_palette;
   std::unique_ptr<QMenu> m_menu;  // the one that is open

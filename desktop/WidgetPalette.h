@@ -8,7 +8,7 @@ class QPalette;
 
 namespace lumagrid {
 
-// Light or dark, as the palette's own text and window colours tell.
+// Light or dark, as the palette's own text and window colors tell.
 [[nodiscard]] ColorScheme colorSchemeOf(const QPalette& palette);
 
 // Lets dialogs and menus match the window. Nothing happens until the first of them is about to open; from then on the

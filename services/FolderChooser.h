@@ -12,7 +12,7 @@ class FolderChooser {
  public:
   virtual ~FolderChooser() = default;
 
-  // The folder that was confirmed; nothing when the chooser was cancelled.
+  // The folder that was confirmed; nothing when the chooser was canceled.
   [[nodiscard]] virtual std::optional<FileUrl> chooseFolder(const QString& title, const QString& prompt) = 0;
 };
 

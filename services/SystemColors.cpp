@@ -21,7 +21,7 @@ SystemColors SystemColors::of(ColorScheme colorScheme) {
   return {
       .primaryContent = withOpacity(content, kPrimaryOpacity),
       .secondaryContent = withOpacity(content, kSecondaryOpacity),
-      // Greys as warm as the backdrop, so that a bar reads as a part of the window.
+      // Grays as warm as the backdrop, so that a bar reads as a part of the window.
       .windowBackground = dark ? QColor(50, 46, 42) : QColor(246, 243, 238),
   };
 }

@@ -6,7 +6,7 @@
 
 namespace lumagrid {
 
-// The colours that the system gives to a window, sRGB. Both content colours are see-through, and keep a contrast of at
+// The colors that the system gives to a window, sRGB. Both content colors are see-through, and keep a contrast of at
 // least 4.5:1 on the window background and on every backdrop of the window. A value; any thread.
 struct SystemColors {
   QColor primaryContent;    // text and icons

@@ -13,7 +13,7 @@ class QQmlEngine;
 
 namespace lumagrid {
 
-// The window's named colours, sRGB; all but accent and danger follow the appearance. One for the process, made on first
+// The window's named colors, sRGB; all but accent and danger follow the appearance. One for the process, made on first
 // use, for QML and C++ alike. Main thread.
 class Palette : public QObject {
   Q_OBJECT
@@ -46,7 +46,7 @@ class Palette : public QObject {
   [[nodiscard]] QColor windowBackground() const { return m_colors.windowBackground; }
   // The accent, as light as it takes to stand out from what is dark.
   [[nodiscard]] QColor focusRing() const { return isDark() ? QColor(79, 180, 158) : accent(); }
-  // What the colour of danger can be read on: nothing dark, whatever the appearance.
+  // What the color of danger can be read on: nothing dark, whatever the appearance.
   [[nodiscard]] static QColor errorBackground() { return SystemColors::of(ColorScheme::light).windowBackground; }
   [[nodiscard]] bool isDark() const { return m_scheme == ColorScheme::dark; }
 

@@ -110,7 +110,7 @@ void TileNode::update(QQuickWindow* window, const TileLook& look) {
   const bool isCovered = hasPicture && !look.isPressed && !look.thumbnail.hasAlphaChannel();
   m_shadow.setShape(
       window,
-      {.part = Shape::Part::shadow, .radius = hasPicture ? 0 : kRadius, .extent = kShadowBlur, .isHollow = isCovered},
+      {.part = Shape::Part::shadow, .radius = hasPicture ? 0 : kRadius, .blur = kShadowBlur, .isHollow = isCovered},
       bounds.translated(0, kShadowOffset));
   m_shadow.setOpacity(mix(kShadowOpacity, kCheckedShadowOpacity, look.checked) * (hasPicture ? 1 : kCardOpacity));
 
@@ -131,11 +131,11 @@ void TileNode::update(QQuickWindow* window, const TileLook& look) {
 
   const QColor line = Palette::instance()->line();
   m_plainBorder.setShape(
-      window, {.part = Shape::Part::stroke, .radius = kRadius, .extent = kLineWidth, .color = line.rgb()}, bounds);
+      window, {.part = Shape::Part::stroke, .radius = kRadius, .lineWidth = kLineWidth, .color = line.rgb()}, bounds);
   m_accentBorder.setShape(window,
                           {.part = Shape::Part::stroke,
                            .radius = kRadius,
-                           .extent = kMarkedLineWidth,
+                           .lineWidth = kMarkedLineWidth,
                            .color = Palette::instance()->accent().rgb()},
                           bounds);
   m_plainBorder.setOpacity(line.alphaF() * (1 - look.marked));
@@ -145,7 +145,7 @@ void TileNode::update(QQuickWindow* window, const TileLook& look) {
     m_focusRing.setShape(window,
                          {.part = Shape::Part::stroke,
                           .radius = kRadius + kFocusRingGap,
-                          .extent = kFocusRingWidth,
+                          .lineWidth = kFocusRingWidth,
                           .color = Palette::instance()->focusRing().rgb()},
                          bounds.adjusted(-kFocusRingGap, -kFocusRingGap, kFocusRingGap, kFocusRingGap));
   } else {

@@ -31,7 +31,7 @@ struct CardColor {
   float opacity;
 };
 
-struct Look {
+struct Colors {
   Rgb top;
   Rgb bottom;
   float warmOpacity;
@@ -40,7 +40,7 @@ struct Look {
   CardColor cardSecond;  // at its bottom right corner
 };
 
-constexpr Look kLight = {
+constexpr Colors kLight = {
     .top = {251, 246, 238},
     .bottom = {241, 224, 197},
     .warmOpacity = 0.24F,
@@ -48,7 +48,7 @@ constexpr Look kLight = {
     .cardFirst = {{255, 255, 255}, 0.86F},
     .cardSecond = {{238, 226, 208}, 0.96F},
 };
-constexpr Look kDark = {
+constexpr Colors kDark = {
     .top = {26, 23, 20},
     .bottom = {36, 31, 26},
     .warmOpacity = 0.12F,
@@ -71,7 +71,7 @@ class BlurredDisc {
     }
   }
 
-  // Blends the disc over a row of pixels whose first has its centre at (x, y).
+  // Blends the disc over a row of pixels whose first has its center at (x, y).
   void blend(Row& row, double x, double y) const {
     const double dy = y - m_center.y();
     const double half = m_reach * m_reach - dy * dy;
@@ -94,19 +94,19 @@ class BlurredDisc {
   QPointF m_center;
   Rgb m_color;
   double m_reach = 0;
-  std::vector<float> m_coverage;  // by distance from the centre, in pixels
+  std::vector<float> m_coverage;  // by distance from the center, in pixels
 };
 
-// The card's gradient: premultiplied colour and opacity are affine functions of the progress along the diagonal.
+// The card's gradient: premultiplied color and opacity are affine functions of the progress along the diagonal.
 class Card {
  public:
-  Card(const Backdrop& backdrop, const Look& look)
-      : m_first(look.cardFirst),
-        m_second(look.cardSecond),
+  Card(const Backdrop& backdrop, const Colors& colors)
+      : m_first(colors.cardFirst),
+        m_second(colors.cardSecond),
         m_topLeft(backdrop.card.topLeft() * backdrop.devicePixelRatio),
         m_size(backdrop.card.size() * backdrop.devicePixelRatio) {}
 
-  // Blends the card over a row of pixels whose first has its centre at (x, y).
+  // Blends the card over a row of pixels whose first has its center at (x, y).
   void blend(Row& row, double x, double y) const {
     const double left = m_topLeft.x() - x;
     const double below = y - m_topLeft.y();
@@ -137,7 +137,7 @@ class Card {
 };
 
 // As bytes of red, green, blue and 255.
-void write(const Row& row, uchar* pixels) {
+void writePixels(const Row& row, uchar* pixels) {
   constexpr float kHalf = 0.5F;
   const float* const red = row[0].data();
   const float* const green = row[1].data();
@@ -152,12 +152,12 @@ void write(const Row& row, uchar* pixels) {
 }  // namespace
 
 QImage backdropImage(const Backdrop& backdrop, QRect part) {
-  const Look& look = backdrop.colorScheme == ColorScheme::dark ? kDark : kLight;
+  const Colors& colors = backdrop.colorScheme == ColorScheme::dark ? kDark : kLight;
   const double ratio = backdrop.devicePixelRatio;
   const QSizeF size = backdrop.size;
-  const BlurredDisc warm({{110, 80}, 16, {228, 179, 107}, look.warmOpacity}, ratio);
-  const BlurredDisc teal({{size.width() - 90, size.height() - 60}, 24, {31, 111, 95}, look.tealOpacity}, ratio);
-  const Card card(backdrop, look);
+  const BlurredDisc warm({{110, 80}, 16, {228, 179, 107}, colors.warmOpacity}, ratio);
+  const BlurredDisc teal({{size.width() - 90, size.height() - 60}, 24, {31, 111, 95}, colors.tealOpacity}, ratio);
+  const Card card(backdrop, colors);
   QImage image(part.size(), QImage::Format_RGBX8888);
   constexpr int kRowsPerBand = 64;  // half a millisecond
   uchar* const bits = image.bits();
@@ -168,12 +168,12 @@ QImage backdropImage(const Backdrop& backdrop, QRect part) {
       const double centerY = part.top() + y + 0.5;
       const auto progress = static_cast<float>(centerY / (size.height() * ratio));
       for (std::size_t c = 0; c < 3; ++c) {
-        std::fill(row[c].begin(), row[c].end(), look.top[c] + (look.bottom[c] - look.top[c]) * progress);
+        std::fill(row[c].begin(), row[c].end(), colors.top[c] + (colors.bottom[c] - colors.top[c]) * progress);
       }
       warm.blend(row, part.left() + 0.5, centerY);
       teal.blend(row, part.left() + 0.5, centerY);
       card.blend(row, part.left() + 0.5, centerY);
-      write(row, bits + y * image.bytesPerLine());
+      writePixels(row, bits + y * image.bytesPerLine());
     }
   });
   image.setDevicePixelRatio(ratio);

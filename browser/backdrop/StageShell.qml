@@ -2,7 +2,7 @@ import QtQuick
 import Lumagrid.Browser
 import Lumagrid.Style
 
-// The rounded card in which a stage draws its content; nothing of the content shows outside of it. The card's colours
+// The rounded card in which a stage draws its content; nothing of the content shows outside of it. The card's colors
 // are part of the backdrop.
 Item {
     id: root

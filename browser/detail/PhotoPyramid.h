@@ -10,7 +10,7 @@ namespace lumagrid {
 
 // A decoded photo and its halves. Level 0 is the photo itself, shared and never copied; each further level averages 2 x
 // 2 pixels of the one before (the last column or row of an odd size counts twice), down to the first that fits into one
-// tile. All levels together take a third of the photo's bytes.
+// block. All levels together take a third of the photo's bytes.
 // Texel i of level k covers the photo's pixels [i * 2^k, (i + 1) * 2^k), so the last one may reach past the photo's
 // edge. Thread-safe; one thread at a time builds.
 class PhotoPyramid {

@@ -29,11 +29,11 @@ void PhotoView::setImage(const QImage& image) {
   }
   m_image = image;
   m_pyramid = image.isNull() ? nullptr : std::make_shared<PhotoPyramid>(image);
-  m_base = {};
+  m_fittedImage = {};
   m_levelsWork = {};
   m_levelsStop.request_stop();
   m_levelsStop = {};
-  m_madeLevels = false;
+  m_hasRequestedLevels = false;
   Q_EMIT imageChanged();
   Q_EMIT fittedBoxChanged();
   polish();
@@ -57,12 +57,12 @@ QRectF PhotoView::fittedBox() const {
 }
 
 void PhotoView::animate(Curve curve) {
-  m_requested = curve;
+  m_requestedCurve = curve;
   polish();
 }
 
 void PhotoView::followState() {
-  const Curve curve = std::exchange(m_requested, Curve::None);
+  const Curve curve = std::exchange(m_requestedCurve, Curve::None);
   const bool moving = m_clock.state() == QAbstractAnimation::Running;
   if (m_zoom == (moving ? m_motion.target() : m_displayed)) {
     return;
@@ -94,7 +94,7 @@ QRectF PhotoView::alignedBox() const {
   return pixelAligned(fittedBox(), mapToScene(QPointF()), devicePixelRatio());
 }
 
-QSize PhotoView::wantedBaseSize() const {
+QSize PhotoView::fittedPixels() const {
   const QSize device = (alignedBox().size() * devicePixelRatio()).toSize();
   const QSize photo = m_pyramid->size();
   return device.width() >= photo.width() && device.height() >= photo.height() ? photo : device.boundedTo(photo);
@@ -103,38 +103,38 @@ QSize PhotoView::wantedBaseSize() const {
 void PhotoView::updatePolish() {
   followState();
   if (isVisible() && m_pyramid && !size().isEmpty()) {
-    makeBase();
+    makeFittedImage();
     makeLevels();
   }
 }
 
-void PhotoView::makeBase() {
-  const QSize wanted = wantedBaseSize();
-  if (m_base.size() == wanted) {
+void PhotoView::makeFittedImage() {
+  const QSize wanted = fittedPixels();
+  if (m_fittedImage.size() == wanted) {
     return;
   }
-  if (m_base.isNull() || wanted == m_pyramid->size()) {
-    m_base = m_pyramid->fitted(wanted);
+  if (m_fittedImage.isNull() || wanted == m_pyramid->size()) {
+    m_fittedImage = m_pyramid->fitted(wanted);
     update();
     return;
   }
-  if (m_makingBase) {
+  if (m_isMakingFittedImage) {
     return;  // asks again when it is done
   }
-  m_makingBase = true;
-  const auto base = std::make_shared<QImage>();
-  m_baseWork = m_queue.enqueue(
-      [base, wanted, pyramid = std::weak_ptr(m_pyramid)] {
+  m_isMakingFittedImage = true;
+  const auto fitted = std::make_shared<QImage>();
+  m_fittedImageWork = m_queue.enqueue(
+      [fitted, wanted, pyramid = std::weak_ptr(m_pyramid)] {
         if (const auto shared = pyramid.lock()) {
-          *base = shared->fitted(wanted);
+          *fitted = shared->fitted(wanted);
         }
       },
-      [this, base, pyramid = std::weak_ptr(m_pyramid)] {
-        m_makingBase = false;
+      [this, fitted, pyramid = std::weak_ptr(m_pyramid)] {
+        m_isMakingFittedImage = false;
         if (!m_pyramid || pyramid.lock() != m_pyramid) {
           return;
         }
-        m_base = *base;
+        m_fittedImage = *fitted;
         polish();
         update();
       });
@@ -142,10 +142,10 @@ void PhotoView::makeBase() {
 
 // The coarser levels are only needed for a photo that has more pixels than its fitted view, once it is to stay zoomed.
 void PhotoView::makeLevels() {
-  if (m_madeLevels || m_zoom.scale <= 1 || !m_pyramid || m_base.size() == m_pyramid->size()) {
+  if (m_hasRequestedLevels || m_zoom.scale <= 1 || !m_pyramid || m_fittedImage.size() == m_pyramid->size()) {
     return;
   }
-  m_madeLevels = true;
+  m_hasRequestedLevels = true;
   makeNextLevel();
 }
 
@@ -166,12 +166,12 @@ void PhotoView::makeNextLevel() {
 }
 
 QSGNode* PhotoView::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
-  if (!m_pyramid || m_base.isNull()) {
+  if (!m_pyramid || m_fittedImage.isNull()) {
     delete oldNode;
     return nullptr;
   }
   auto* node = oldNode ? static_cast<PhotoViewNode*>(oldNode) : std::make_unique<PhotoViewNode>(window()).release();
-  const bool pending = node->show({m_pyramid, m_base, alignedBox(), size(), m_displayed, devicePixelRatio()});
+  const bool pending = node->show({m_pyramid, m_fittedImage, alignedBox(), size(), m_displayed, devicePixelRatio()});
   if (pending) {
     QMetaObject::invokeMethod(this, &QQuickItem::update, Qt::QueuedConnection);
   }

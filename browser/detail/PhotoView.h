@@ -10,17 +10,17 @@
 
 #include "BackgroundQueue.h"
 #include "PhotoPyramid.h"
-#include "PhotoViewGeometry.h"
 #include "PhotoViewMotion.h"
+#include "ZoomState.h"
 
 namespace lumagrid {
 
 // The photo on the detail stage: fitted into the stage's box (see fittedRect), scaled by `zoomScale` about the stage's
-// centre and moved by `offset` points. Main thread.
+// center and moved by `offset` points. Main thread.
 // - Fitted, it is drawn pixel by pixel from a picture made for that size. A new photo shows in the next frame; a new
 //   size shows the picture in hand, scaled, until a thread has made another.
-// - Zoomed, it is drawn from tiles (see PhotoViewNode), which arrive over the next frames. A zoom or a move decodes and
-//   lays out nothing.
+// - Zoomed, it is drawn from blocks (see PhotoViewNode), which arrive over the next frames. A zoom or a move decodes
+//   nothing and lays nothing out.
 // - The photo's pixels are shared, never copied; its coarser levels are made when it is first zoomed.
 // Draws inside its own bounds only.
 class PhotoView : public QQuickItem {
@@ -52,8 +52,8 @@ class PhotoView : public QQuickItem {
   [[nodiscard]] double displayedScale() const { return m_displayed.scale; }
   [[nodiscard]] QPointF displayedOffset() const { return m_displayed.offset; }
 
-  // What zoomScale and offset become before the next frame, earlier or later than this call, is reached along the curve
-  // (see PhotoViewMotion). Changes without this are shown at once and end a movement in progress.
+  // Until the next frame is drawn, changes of zoomScale and offset, made before or after this call, are shown by a
+  // movement along the curve (see PhotoViewMotion). Other changes show at once and end a movement in progress.
   Q_INVOKABLE void animate(lumagrid::ZoomState::Curve curve);
 
  Q_SIGNALS:
@@ -72,29 +72,29 @@ class PhotoView : public QQuickItem {
  private:
   void followState();
   void display(const ZoomState& zoom);
-  void makeBase();
+  void makeFittedImage();
   void makeLevels();
   void makeNextLevel();
   [[nodiscard]] double devicePixelRatio() const;
   [[nodiscard]] QRectF alignedBox() const;
-  [[nodiscard]] QSize wantedBaseSize() const;
+  [[nodiscard]] QSize fittedPixels() const;
 
   QImage m_image;
   std::shared_ptr<PhotoPyramid> m_pyramid;
-  QImage m_base;
-  bool m_makingBase = false;
-  bool m_madeLevels = false;
+  QImage m_fittedImage;  // see PhotoViewFrame
+  bool m_isMakingFittedImage = false;
+  bool m_hasRequestedLevels = false;
   std::stop_source m_levelsStop;  // of the photo in hand
 
   ZoomState m_zoom;
   ZoomState m_displayed;
-  Curve m_requested = Curve::None;
+  Curve m_requestedCurve = Curve::None;
   PhotoViewMotion m_motion;
   QVariantAnimation m_clock;  // seconds since the motion's start, in step with the frames
 
   BackgroundQueue m_queue{BackgroundQueue::Urgency::urgent};
-  BackgroundQueue::Ticket m_baseWork;    // one at a time
-  BackgroundQueue::Ticket m_levelsWork;  // of the photo in hand
+  BackgroundQueue::Ticket m_fittedImageWork;  // one at a time
+  BackgroundQueue::Ticket m_levelsWork;       // of the photo in hand
 };
 
 }  // namespace lumagrid

@@ -36,29 +36,29 @@ int levelFor(double photoPixelsPerDevicePixel, int levelCount) {
   return level;
 }
 
-QRectF PhotoTile::photoRect(QSize photo) const {
-  const double side = std::ldexp(kTileSide, level);
+QRectF PhotoBlock::photoRect(QSize photo) const {
+  const double side = std::ldexp(kSide, level);
   return QRectF(column * side, row * side, side, side).intersected(QRectF(QPointF(), QSizeF(photo)));
 }
 
-QRect PhotoTile::texels(QSize levelSize) const {
-  return QRect(column * kTileSide, row * kTileSide, kTileSide, kTileSide)
+QRect PhotoBlock::texels(QSize levelSize) const {
+  return QRect(column * kSide, row * kSide, kSide, kSide)
       .adjusted(-1, -1, 1, 1)
       .intersected(QRect(QPoint(), levelSize));
 }
 
-QRectF PhotoTile::sourceRect(const QRectF& part) const {
+QRectF PhotoBlock::sourceRect(const QRectF& part) const {
   const double texel = std::ldexp(1.0, level);
-  const QPointF uploaded(std::max(0, column * kTileSide - 1), std::max(0, row * kTileSide - 1));
+  const QPointF uploaded(std::max(0, column * kSide - 1), std::max(0, row * kSide - 1));
   return {part.topLeft() / texel - uploaded, part.size() / texel};
 }
 
-QRect tilesTouching(const QRectF& visible, QSize photo, int level) {
+QRect blocksTouching(const QRectF& visible, QSize photo, int level) {
   const QRectF seen = visible.intersected(QRectF(QPointF(), QSizeF(photo)));
   if (seen.isEmpty()) {
     return {};
   }
-  const double side = std::ldexp(PhotoTile::kTileSide, level);
+  const double side = std::ldexp(PhotoBlock::kSide, level);
   const QPoint first(static_cast<int>(seen.left() / side), static_cast<int>(seen.top() / side));
   const QPoint last(static_cast<int>(std::ceil(seen.right() / side)) - 1,
                     static_cast<int>(std::ceil(seen.bottom() / side)) - 1);

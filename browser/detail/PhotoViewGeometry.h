@@ -12,7 +12,7 @@
 namespace lumagrid {
 
 // The rectangle, in points of the stage, of a photo of `photo` pixels fitted into the stage's box, which leaves room
-// for the controls (150 points across, 116 down, but never smaller than 180 x 180) and is centred. Small photos are
+// for the controls (150 points across, 116 down, but never smaller than 180 x 180) and is centered. Small photos are
 // scaled up. Empty for an empty photo.
 [[nodiscard]] QRectF fittedRect(QSizeF stage, QSize photo);
 
@@ -27,18 +27,18 @@ namespace lumagrid {
 // `photoPixelsPerDevicePixel`: 0 when it is magnified, the coarsest of `levelCount` at most.
 [[nodiscard]] int levelFor(double photoPixelsPerDevicePixel, int levelCount);
 
-// The levels are cut into squares of kTileSide texels, numbered from the top left. Each is uploaded with one more texel
-// around, where there is one, so that a filtered edge meets its neighbour's without a seam. A tile covers exactly four
-// of the level below it.
-struct PhotoTile {
-  static constexpr int kTileSide = 510;
+// A square of kSide texels of one level, the unit in which a zoomed photo is uploaded; numbered from the top left. One
+// more texel on each side, where there is one, is uploaded with it, so that the edges of neighbors are filtered alike
+// and no seam shows. A block covers exactly four of the next finer level.
+struct PhotoBlock {
+  static constexpr int kSide = 510;
 
   int level = 0;
   int column = 0;
   int row = 0;
 
   // By level, finest first.
-  friend bool operator<(const PhotoTile& a, const PhotoTile& b) {
+  friend bool operator<(const PhotoBlock& a, const PhotoBlock& b) {
     return std::tie(a.level, a.column, a.row) < std::tie(b.level, b.column, b.row);
   }
 
@@ -48,10 +48,10 @@ struct PhotoTile {
   [[nodiscard]] QRect texels(QSize levelSize) const;
   // The part of the uploaded texels that shows `part`, in the photo's pixels.
   [[nodiscard]] QRectF sourceRect(const QRectF& part) const;
-  [[nodiscard]] PhotoTile parent() const { return {level + 1, column / 2, row / 2}; }
+  [[nodiscard]] PhotoBlock parent() const { return {level + 1, column / 2, row / 2}; }
 };
 
-// The columns (x) and rows (y) of the level's tiles that touch `visible`, in the photo's pixels; empty when none does.
-[[nodiscard]] QRect tilesTouching(const QRectF& visible, QSize photo, int level);
+// The columns (x) and rows (y) of the level's blocks that touch `visible`, in the photo's pixels; empty when none does.
+[[nodiscard]] QRect blocksTouching(const QRectF& visible, QSize photo, int level);
 
 }  // namespace lumagrid

@@ -21,13 +21,13 @@ const double kDampedFrequency = kFrequency * std::sqrt(1 - kDampingFraction * kD
 // What nobody sees: a tenth of a point on a stage of 2000 points, and a tenth of a point.
 constexpr std::array<double, 3> kInvisible = {0.0001, 0.1, 0.1};
 
-// The part of the way that an ease-out has gone after `seconds`.
+// The share of the way that an ease-out has gone after `seconds`.
 double eased(double seconds) {
   static const QEasingCurve curve = Curves::easeOut();
   return curve.valueForProgress(seconds / kEaseOutDuration);
 }
 
-// … and what it goes in a second, to the next millisecond.
+// The speed of an ease-out after `seconds`, in ways a second: the difference over the next millisecond.
 double easedSpeed(double seconds) {
   constexpr double kStep = 0.001;
   return (eased(seconds + kStep) - eased(seconds)) / kStep;

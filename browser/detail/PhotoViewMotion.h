@@ -28,12 +28,12 @@ class PhotoViewMotion {
   [[nodiscard]] const ZoomState& target() const { return m_target; }
 
  private:
-  // Scale, and offset across and down, as the distance from the target.
+  // One number of a ZoomState on its way.
   struct Component {
-    double distance = 0;
+    double distance = 0;  // from the target
     double velocity = 0;  // per second
   };
-  using State = std::array<Component, 3>;
+  using State = std::array<Component, 3>;  // the scale, and the offset across and down
 
   PhotoViewMotion(Curve curve, const State& start, const ZoomState& to);
   [[nodiscard]] State stateAt(double seconds) const;

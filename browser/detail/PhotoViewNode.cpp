@@ -39,130 +39,131 @@ PhotoViewNode::~PhotoViewNode() {
 }
 
 bool PhotoViewNode::show(const PhotoViewFrame& frame) {
-  takePhoto(frame);
+  updatePhoto(frame);
   ++m_frame;
   m_patches.clear();
   const QSize photo = frame.pyramid->size();
-  const QRectF zoomed = zoomedRect(frame.fitted, frame.stage, frame.zoom);
+  const QRectF zoomed = zoomedRect(frame.fittedRect, frame.stage, frame.zoom);
   setMatrix(photoToStage(zoomed, photo));
   bool pending = false;
-  if (frame.zoom.scale <= 1 || frame.base.size() == photo) {
-    m_patches.push_back({m_base.get(), QRectF(QPointF(), QSizeF(frame.base.size())), QRectF(QPointF(), QSizeF(photo))});
+  if (frame.zoom.scale <= 1 || frame.fittedImage.size() == photo) {
+    m_patches.push_back(
+        {m_fittedTexture.get(), QRectF(QPointF(), QSizeF(frame.fittedImage.size())), QRectF(QPointF(), QSizeF(photo))});
   } else {
-    pending = showTiles(frame, levelFor(photoPixelsPerDevicePixel(frame, zoomed), frame.pyramid->levelCount()));
+    pending = showBlocks(frame, levelFor(photoPixelsPerDevicePixel(frame, zoomed), frame.pyramid->levelCount()));
   }
   applyPatches();
   dropUnseen();
   return pending;
 }
 
-void PhotoViewNode::takePhoto(const PhotoViewFrame& frame) {
+void PhotoViewNode::updatePhoto(const PhotoViewFrame& frame) {
   if (m_pyramid.lock() != frame.pyramid) {
     m_nodes.clear();
-    m_tiles.clear();
-    m_tileBytes = 0;
+    m_blocks.clear();
+    m_blockBytes = 0;
     m_pyramid = frame.pyramid;
-    m_base.reset();
+    m_fittedTexture.reset();
   }
-  if (!m_base || m_baseKey != frame.base.cacheKey()) {
+  if (!m_fittedTexture || m_fittedImageKey != frame.fittedImage.cacheKey()) {
     m_nodes.clear();
-    m_base = makeTexture(frame.base);
-    m_baseKey = frame.base.cacheKey();
+    m_fittedTexture = makeTexture(frame.fittedImage);
+    m_fittedImageKey = frame.fittedImage.cacheKey();
   }
 }
 
-bool PhotoViewNode::showTiles(const PhotoViewFrame& frame, int level) {
-  const QRectF visible = visiblePart(frame, zoomedRect(frame.fitted, frame.stage, frame.zoom));
+bool PhotoViewNode::showBlocks(const PhotoViewFrame& frame, int level) {
+  const QRectF visible = visiblePart(frame, zoomedRect(frame.fittedRect, frame.stage, frame.zoom));
   const QSize photo = frame.pyramid->size();
-  const QRect tiles = tilesTouching(visible, photo, level);
-  if (tiles.isEmpty()) {
+  const QRect blocks = blocksTouching(visible, photo, level);
+  if (blocks.isEmpty()) {
     return false;
   }
-  const bool pending = upload(frame, level, tiles, visible);
-  for (int row = tiles.top(); row <= tiles.bottom(); ++row) {
-    for (int column = tiles.left(); column <= tiles.right(); ++column) {
+  const bool pending = upload(frame, level, blocks, visible);
+  for (int row = blocks.top(); row <= blocks.bottom(); ++row) {
+    for (int column = blocks.left(); column <= blocks.right(); ++column) {
       addPatches({level, column, row}, photo);
     }
   }
   return pending;
 }
 
-bool PhotoViewNode::upload(const PhotoViewFrame& frame, int level, const QRect& tiles, const QRectF& visible) {
+bool PhotoViewNode::upload(const PhotoViewFrame& frame, int level, const QRect& blocks, const QRectF& visible) {
   const QImage texels = frame.pyramid->level(level);
   if (texels.isNull()) {
     return false;  // whoever builds it asks for a frame
   }
   const QSize photo = frame.pyramid->size();
-  std::vector<std::pair<double, PhotoTile>> missing;  // by distance from the middle
-  for (int row = tiles.top(); row <= tiles.bottom(); ++row) {
-    for (int column = tiles.left(); column <= tiles.right(); ++column) {
-      const PhotoTile tile{level, column, row};
-      if (m_tiles.contains(tile)) {
+  std::vector<std::pair<double, PhotoBlock>> missing;  // by distance from the middle
+  for (int row = blocks.top(); row <= blocks.bottom(); ++row) {
+    for (int column = blocks.left(); column <= blocks.right(); ++column) {
+      const PhotoBlock block{level, column, row};
+      if (m_blocks.contains(block)) {
         continue;
       }
-      const QPointF away = tile.photoRect(photo).center() - visible.center();
-      missing.emplace_back(std::hypot(away.x(), away.y()), tile);
+      const QPointF away = block.photoRect(photo).center() - visible.center();
+      missing.emplace_back(std::hypot(away.x(), away.y()), block);
     }
   }
   std::sort(missing.begin(), missing.end());
   qint64 uploaded = 0;
-  for (const auto& [distance, tile] : missing) {
-    const QRect part = tile.texels(texels.size());
+  for (const auto& [distance, block] : missing) {
+    const QRect part = block.texels(texels.size());
     const qint64 bytes = qint64{4} * part.width() * part.height();
     if (uploaded > 0 && uploaded + bytes > kUploadBytes) {
       return true;
     }
-    m_tiles[tile] = {makeTexture(texels.copy(part)), m_frame, bytes};
-    m_tileBytes += bytes;
+    m_blocks[block] = {makeTexture(texels.copy(part)), m_frame, bytes};
+    m_blockBytes += bytes;
     uploaded += bytes;
   }
   return false;
 }
 
-void PhotoViewNode::addPatches(const PhotoTile& tile, QSize photo) {
-  const QRectF part = tile.photoRect(photo);
-  if (Texture* const own = find(tile)) {
-    return addPatch(*own, tile, part);
+void PhotoViewNode::addPatches(const PhotoBlock& block, QSize photo) {
+  const QRectF part = block.photoRect(photo);
+  if (Texture* const own = find(block)) {
+    return addPatch(*own, block, part);
   }
 
-  // While zooming out, the finer tiles are still there.
-  if (tile.level > 0) {
-    std::vector<PhotoTile> children;
+  // While zooming out, the finer blocks are still there.
+  if (block.level > 0) {
+    std::vector<PhotoBlock> children;
     for (const int k : {0, 1, 2, 3}) {
-      const PhotoTile child{tile.level - 1, 2 * tile.column + k % 2, 2 * tile.row + k / 2};
+      const PhotoBlock child{block.level - 1, 2 * block.column + k % 2, 2 * block.row + k / 2};
       if (!child.photoRect(photo).isEmpty()) {
         children.push_back(child);
       }
     }
-    if (std::all_of(children.begin(), children.end(), [this](const PhotoTile& child) { return find(child); })) {
-      for (const PhotoTile& child : children) {
+    if (std::all_of(children.begin(), children.end(), [this](const PhotoBlock& child) { return find(child); })) {
+      for (const PhotoBlock& child : children) {
         addPatch(*find(child), child, child.photoRect(photo));
       }
       return;
     }
   }
   // A coarser one is of use while a level that coarse exists: the map is ordered by level.
-  for (PhotoTile coarser = tile.parent(); !m_tiles.empty() && coarser.level <= m_tiles.rbegin()->first.level;
+  for (PhotoBlock coarser = block.parent(); !m_blocks.empty() && coarser.level <= m_blocks.rbegin()->first.level;
        coarser = coarser.parent()) {
     if (Texture* const found = find(coarser)) {
       return addPatch(*found, coarser, part);
     }
   }
-  const QSize base = m_base->textureSize();
-  const double across = static_cast<double>(base.width()) / photo.width();
-  const double down = static_cast<double>(base.height()) / photo.height();
-  m_patches.push_back(
-      {m_base.get(), QRectF(part.x() * across, part.y() * down, part.width() * across, part.height() * down), part});
+  const QSize fitted = m_fittedTexture->textureSize();
+  const double across = static_cast<double>(fitted.width()) / photo.width();
+  const double down = static_cast<double>(fitted.height()) / photo.height();
+  m_patches.push_back({m_fittedTexture.get(),
+                       QRectF(part.x() * across, part.y() * down, part.width() * across, part.height() * down), part});
 }
 
-PhotoViewNode::Texture* PhotoViewNode::find(const PhotoTile& tile) {
-  const auto found = m_tiles.find(tile);
-  return found == m_tiles.end() ? nullptr : &found->second;
+PhotoViewNode::Texture* PhotoViewNode::find(const PhotoBlock& block) {
+  const auto found = m_blocks.find(block);
+  return found == m_blocks.end() ? nullptr : &found->second;
 }
 
-void PhotoViewNode::addPatch(Texture& texture, const PhotoTile& tile, const QRectF& part) {
+void PhotoViewNode::addPatch(Texture& texture, const PhotoBlock& block, const QRectF& part) {
   texture.shownInFrame = m_frame;
-  m_patches.push_back({texture.texture.get(), tile.sourceRect(part), part});
+  m_patches.push_back({texture.texture.get(), block.sourceRect(part), part});
 }
 
 void PhotoViewNode::applyPatches() {
@@ -188,23 +189,23 @@ void PhotoViewNode::applyPatches() {
 }
 
 void PhotoViewNode::dropUnseen() {
-  if (m_tileBytes <= kTextureBytes) {
+  if (m_blockBytes <= kTextureBytes) {
     return;
   }
-  std::vector<std::pair<quint64, PhotoTile>> unseen;
-  for (const auto& [tile, texture] : m_tiles) {
+  std::vector<std::pair<quint64, PhotoBlock>> unseen;
+  for (const auto& [block, texture] : m_blocks) {
     if (texture.shownInFrame != m_frame) {
-      unseen.emplace_back(texture.shownInFrame, tile);
+      unseen.emplace_back(texture.shownInFrame, block);
     }
   }
   std::sort(unseen.begin(), unseen.end());
-  for (const auto& [frame, tile] : unseen) {
-    if (m_tileBytes <= kTextureBytes) {
+  for (const auto& [frame, block] : unseen) {
+    if (m_blockBytes <= kTextureBytes) {
       break;
     }
-    const auto found = m_tiles.find(tile);
-    m_tileBytes -= found->second.bytes;
-    m_tiles.erase(found);
+    const auto found = m_blocks.find(block);
+    m_blockBytes -= found->second.bytes;
+    m_blocks.erase(found);
   }
 }
 

@@ -17,18 +17,18 @@ namespace lumagrid {
 // What one frame is to show.
 struct PhotoViewFrame {
   std::shared_ptr<const PhotoPyramid> pyramid;
-  QImage base;    // the photo for the fitted view, in device pixels; the photo itself when that is no larger
-  QRectF fitted;  // points, on device pixels
-  QSizeF stage;   // points
+  QImage fittedImage;  // the photo in the device pixels of the fitted view; the photo itself when that is no larger
+  QRectF fittedRect;   // where the fitted view lies on the stage; points, on device pixels
+  QSizeF stage;        // points
   ZoomState zoom;
   double devicePixelRatio = 1;
 };
 
-// The photo in the scene graph: a transform from the photo's pixels to the stage, over pictures that never overlap: the
-// base alone when it is sharp enough, otherwise one patch for each visible tile of the level that the scale asks for.
-// Where a tile is not uploaded yet, its patch shows the best of what is there: finer tiles, a coarser one, the base.
-// At most kUploadBytes are uploaded in a frame; tiles that are out of sight are kept within kTextureBytes, those seen
-// last the longest. Lives on the render thread; show() is for QQuickItem::updatePaintNode alone.
+// The photo in the scene graph: a transform from the photo's pixels to the stage, and below it rectangles that never
+// overlap. The fitted image alone is drawn while it is sharp enough; otherwise each visible block of the level that the
+// scale asks for. A block that is not uploaded yet is drawn from the best texture at hand: from finer blocks, a coarser
+// one, or the fitted image. At most kUploadBytes are uploaded in a frame; of the blocks out of sight, those seen last
+// are kept, up to kTextureBytes for all. Lives on the render thread; show() is for QQuickItem::updatePaintNode alone.
 class PhotoViewNode : public QSGTransformNode {
  public:
   static constexpr qint64 kUploadBytes = 2 << 20;
@@ -53,22 +53,22 @@ class PhotoViewNode : public QSGTransformNode {
     qint64 bytes = 0;
   };
 
-  void takePhoto(const PhotoViewFrame& frame);
-  [[nodiscard]] bool showTiles(const PhotoViewFrame& frame, int level);
-  [[nodiscard]] bool upload(const PhotoViewFrame& frame, int level, const QRect& tiles, const QRectF& visible);
-  void addPatches(const PhotoTile& tile, QSize photo);
-  [[nodiscard]] Texture* find(const PhotoTile& tile);
-  void addPatch(Texture& texture, const PhotoTile& tile, const QRectF& part);
+  void updatePhoto(const PhotoViewFrame& frame);
+  [[nodiscard]] bool showBlocks(const PhotoViewFrame& frame, int level);
+  [[nodiscard]] bool upload(const PhotoViewFrame& frame, int level, const QRect& blocks, const QRectF& visible);
+  void addPatches(const PhotoBlock& block, QSize photo);
+  [[nodiscard]] Texture* find(const PhotoBlock& block);
+  void addPatch(Texture& texture, const PhotoBlock& block, const QRectF& part);
   void applyPatches();
   void dropUnseen();
   [[nodiscard]] std::unique_ptr<QSGTexture> makeTexture(const QImage& image) const;
 
   QQuickWindow* const m_window;
   std::weak_ptr<const PhotoPyramid> m_pyramid;
-  qint64 m_baseKey = 0;
-  std::unique_ptr<QSGTexture> m_base;
-  std::map<PhotoTile, Texture> m_tiles;
-  qint64 m_tileBytes = 0;
+  qint64 m_fittedImageKey = 0;
+  std::unique_ptr<QSGTexture> m_fittedTexture;
+  std::map<PhotoBlock, Texture> m_blocks;
+  qint64 m_blockBytes = 0;
   quint64 m_frame = 0;
   std::vector<Patch> m_patches;
   std::vector<std::unique_ptr<QSGImageNode>> m_nodes;

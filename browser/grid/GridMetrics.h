@@ -24,7 +24,7 @@ struct GridMetrics {
   friend bool operator==(const GridMetrics&, const GridMetrics&) = default;
 };
 
-// Where the tiles of `count` photos lie in a vertically scrolling grid: rows of `columns` tiles, centred in the width
+// Where the tiles of `count` photos lie in a vertically scrolling grid: rows of `columns` tiles, centered in the width
 // of the viewport. Content coordinates, in points. Every answer is arithmetic, whatever the count.
 struct GridLayout {
   GridMetrics metrics;
@@ -38,7 +38,7 @@ struct GridLayout {
   [[nodiscard]] QRectF tileRect(std::int64_t index) const;
   // The indices [first, last) of the tiles in rows that show in the viewport scrolled to `contentY`.
   [[nodiscard]] std::pair<std::int64_t, std::int64_t> visibleIndices(double contentY) const;
-  // The nearest scroll position at which the tile stands at the centre of the viewport.
+  // The nearest scroll position at which the tile stands at the center of the viewport.
   [[nodiscard]] double centeringContentY(std::int64_t index) const;
   [[nodiscard]] double clampedContentY(double contentY) const;
 };

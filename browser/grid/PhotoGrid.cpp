@@ -20,23 +20,23 @@ PhotoGrid::PhotoGrid(QQuickItem* parent) : QQuickItem(parent) {
 
 void PhotoGrid::componentComplete() {
   QQuickItem::componentComplete();
-  observe();
+  connectToView();
   polish();
 }
 
-void PhotoGrid::observe() {
+void PhotoGrid::connectToView() {
   PhotoLibrary* library = m_view->library();
-  const auto changed = [this] { polish(); };
+  const auto updateLater = [this] { polish(); };
   connect(library, &PhotoLibrary::photosReset, this, [this] {
-    m_hasOtherList = true;
+    m_wasReset = true;
     polish();
   });
-  connect(library, &PhotoLibrary::photosReordered, this, changed);
-  connect(library, &PhotoLibrary::photoRemoved, this, changed);
-  connect(library, &PhotoLibrary::currentIndexChanged, this, changed);
-  connect(library, &PhotoLibrary::selectedIndicesChanged, this, changed);
-  connect(m_view, &ContentView::gridDimensionChanged, this, changed);
-  connect(m_view, &ContentView::gridScrollTargetChanged, this, changed);
+  connect(library, &PhotoLibrary::photosReordered, this, updateLater);
+  connect(library, &PhotoLibrary::photoRemoved, this, updateLater);
+  connect(library, &PhotoLibrary::currentIndexChanged, this, updateLater);
+  connect(library, &PhotoLibrary::selectedIndicesChanged, this, updateLater);
+  connect(m_view, &ContentView::gridDimensionChanged, this, updateLater);
+  connect(m_view, &ContentView::gridScrollTargetChanged, this, updateLater);
 }
 
 void PhotoGrid::setViewport(QSizeF viewport) {
@@ -79,16 +79,16 @@ void PhotoGrid::updateLayout() {
   const GridLayout layout{m_view->gridMetrics(m_viewport), m_view->gridDimension(), m_view->library()->photoCount(),
                           m_viewport};
   const GridLayout old = std::exchange(m_layout, layout);
-  const double contentY = m_contentY;  // a lower content can move it
+  const double contentY = m_contentY;  // as it was: content that gets lower moves the scroll view
   if (m_layout.contentHeight() != old.contentHeight()) Q_EMIT contentHeightChanged();
   const std::optional<FileUrl>& folder = m_view->library()->folderURL();
   const bool isOtherFolder = std::exchange(m_seenFolder, folder) != folder;
-  const bool isOtherList = std::exchange(m_hasOtherList, false);
+  const bool wasReset = std::exchange(m_wasReset, false);
   if (!m_hasAppeared) return;
   if (isOtherFolder) {
     requestScroll(0, Scrolling::Immediate);
-  } else if (isOtherList) {
-    keepPlace(old, contentY);
+  } else if (wasReset) {
+    keepShownPhotosInPlace(old, contentY);
   } else if (!(layout.metrics == old.metrics) || layout.columns != old.columns) {
     // The row in the middle of the viewport stays there, however many columns it now has.
     const double middle = (contentY + old.viewport.height() / 2 - old.metrics.padding.top()) / old.rowPitch();
@@ -100,9 +100,9 @@ void PhotoGrid::updateLayout() {
   }
 }
 
-// The list of the same folder was read again: of the photos that showed, the one nearest to the middle of the viewport
-// that is still there stays where it is.
-void PhotoGrid::keepPlace(const GridLayout& old, double contentY) {
+// After the same folder was read again: of the photos that showed and are still in the list, the one nearest to the
+// middle of the viewport stays where it was.
+void PhotoGrid::keepShownPhotosInPlace(const GridLayout& old, double contentY) {
   const double middle = contentY + old.viewport.height() / 2;
   const auto distance = [&](std::int64_t index) { return std::abs(old.tileRect(index).center().y() - middle); };
   std::vector<std::pair<std::int64_t, QByteArray>> shown;  // by the index that was
@@ -173,7 +173,7 @@ void PhotoGrid::showTile(std::int64_t index) {
   ShownTile& shown = m_tiles[photo.id()];
   if (!shown.tile) shown.tile = freshTile();
   if (!shown.tile) return;
-  // At another place it is made afresh as far as the eye is concerned; only a change in place is animated.
+  // Only marks that change where the tile stands are animated: to the eye, a tile elsewhere is another one.
   const auto transition =
       shown.index == index ? PhotoThumbnailTile::Transition::animated : PhotoThumbnailTile::Transition::immediate;
   shown.index = index;

@@ -64,13 +64,13 @@ class PhotoGrid : public QQuickItem {
     std::int64_t index = -1;
   };
 
-  void observe();
+  void connectToView();
   void updateLayout();
-  void keepPlace(const GridLayout& old, double contentY);
+  void keepShownPhotosInPlace(const GridLayout& old, double contentY);
   void scrollGridIfNeeded();
   void requestScroll(double contentY, Scrolling scrolling);
   void updateTiles();
-  [[nodiscard]] std::int64_t keyboardPlace() const;
+  [[nodiscard]] std::int64_t keyboardStartIndex() const;
   void moveKeyboardIndex(std::int64_t index);
   void reveal(std::int64_t index);
   void showTile(std::int64_t index);
@@ -85,7 +85,7 @@ class PhotoGrid : public QQuickItem {
   std::int64_t m_keyboardIndex = -1;  // the tile that has, or last had, the keys' ring
   bool m_showsKeyboardIndex = false;  // it has the ring
   bool m_hasAppeared = false;
-  bool m_hasOtherList = false;                // since the last frame
+  bool m_wasReset = false;                    // since the last frame
   std::optional<FileUrl> m_seenFolder;        // the folder at the last frame
   std::optional<QByteArray> m_seenTarget;     // the scroll target at the last frame
   std::optional<double> m_wheelTarget;        // where the wheel's scrolling under way ends

@@ -11,7 +11,7 @@ void PhotoGrid::keyPressEvent(QKeyEvent* event) {
     event->ignore();
     return;
   }
-  const std::int64_t from = keyboardPlace();
+  const std::int64_t from = keyboardStartIndex();
   const std::int64_t columns = m_layout.columns;
   const auto rowsPerPage = static_cast<std::int64_t>(std::max(1.0, m_viewport.height() / m_layout.rowPitch()));
   switch (event->key()) {
@@ -54,7 +54,7 @@ void PhotoGrid::keyPressEvent(QKeyEvent* event) {
 void PhotoGrid::focusInEvent(QFocusEvent* event) {
   QQuickItem::focusInEvent(event);
   const bool byKeyboard = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
-  if (byKeyboard) moveKeyboardIndex(keyboardPlace());
+  if (byKeyboard) moveKeyboardIndex(keyboardStartIndex());
 }
 
 void PhotoGrid::focusOutEvent(QFocusEvent* event) {
@@ -65,7 +65,7 @@ void PhotoGrid::focusOutEvent(QFocusEvent* event) {
 
 // The tile with the ring. Where none has it, it appears where the attention is: at its last place, or the current
 // photo, if that shows, or the first that does.
-std::int64_t PhotoGrid::keyboardPlace() const {
+std::int64_t PhotoGrid::keyboardStartIndex() const {
   const auto [first, last] = m_layout.visibleIndices(m_contentY);
   if (m_showsKeyboardIndex || (m_keyboardIndex >= first && m_keyboardIndex < last)) return m_keyboardIndex;
   const std::int64_t current = m_view->library()->currentIndex();

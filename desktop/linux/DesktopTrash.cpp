@@ -32,7 +32,7 @@ FileUrl homeTrash() {
                            QLatin1String("/Trash"));
 }
 
-bool hasTheMountOf(const FileUrl& folder, const FileUrl& trash) {
+bool isOnMountOf(const FileUrl& trash, const FileUrl& folder) {
   FileUrl existing = trash;
   while (!mountOf(existing)) existing = existing.parent();
   return mountOf(existing) == mountOf(folder);
@@ -43,7 +43,7 @@ FileUrl withoutLinks(const FileUrl& folder) {
   return ::realpath(folder.path().constData(), buffer) ? FileUrl::fromPath(QByteArray(buffer)) : folder;
 }
 
-FileUrl topOf(const FileUrl& folder) {
+FileUrl mountPointOf(const FileUrl& folder) {
   FileUrl top = folder;
   while (top != top.parent() && mountOf(top.parent()) == mountOf(folder)) top = top.parent();
   return top;
@@ -77,15 +77,15 @@ std::optional<QString> DesktopTrash::trashItem(const FileUrl& file, const FileId
   if (!photo.isOpen() || ::fstat(photo.number(), &status) != 0) return systemErrorText(errno);
   if (!meant.isOfAFile() || FileIdentity(status) != meant) return anotherPhoto();
 
-  const bool belongsHome = hasTheMountOf(parent, homeTrash());
-  if (!belongsHome && isInMemory(folder)) return noTrash(QStringLiteral("its file system is kept in memory"));
-  const FileUrl place = withoutLinks(parent);
-  const FileUrl top = topOf(place);
-  const auto trash = belongsHome ? TrashFolder::at(homeTrash().path()) : TrashFolder::onTop(top.path());
+  const bool isOnHomeMount = isOnMountOf(homeTrash(), parent);
+  if (!isOnHomeMount && isInMemory(folder)) return noTrash(QStringLiteral("its file system is kept in memory"));
+  const FileUrl realParent = withoutLinks(parent);
+  const FileUrl top = mountPointOf(realParent);
+  const auto trash = isOnHomeMount ? TrashFolder::at(homeTrash().path()) : TrashFolder::onTop(top.path());
   if (!trash) return noTrash(systemErrorText(errno));
-  const QByteArray path = FileUrl::child(place, name).path();
-  const qsizetype topSize = top.path().endsWith('/') ? top.path().size() : top.path().size() + 1;
-  if (trash->take({folder, name, photo, belongsHome ? file.path() : path.sliced(topSize)})) return std::nullopt;
+  const QByteArray path = FileUrl::child(realParent, name).path();
+  const qsizetype prefixSize = top.path().endsWith('/') ? top.path().size() : top.path().size() + 1;
+  if (trash->take({folder, name, photo, isOnHomeMount ? file.path() : path.sliced(prefixSize)})) return std::nullopt;
   return errno == ESTALE ? anotherPhoto() : systemErrorText(errno);
 }
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Lumagrid.Style
 
-// The icon and the text of a button, side by side and centred; either may be missing.
+// The icon and the text of a button, side by side and centered; either may be missing.
 Item {
     id: label
 

@@ -1,9 +1,8 @@
 import QtQuick
 import Lumagrid.Style
 
-// The filled shape of a button with its soft shadow. An icon casts one too, as far as the fill above it does not; the
-// share of a text, on fills of an opacity of 0.79 and more, and that of a rim are about a level of 255, and left out.
-// Lengths in points.
+// The filled shape of a button with its soft shadow. Where the fill is see-through, the icon's own shadow shows too. The
+// shadows of a text and of a rim would change a pixel by about 1 of 255, and are left out. Lengths in points.
 Item {
     id: shape
 

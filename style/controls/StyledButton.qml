@@ -34,7 +34,7 @@ T.AbstractButton {
             clicked();
     }
 
-    // Whole points, so that neighbours in a row stay on the pixel grid.
+    // Whole points, so that neighbors in a row stay on the pixel grid.
     implicitWidth: Math.ceil(implicitContentWidth + leftPadding + rightPadding)
     implicitHeight: Math.ceil(implicitContentHeight + topPadding + bottomPadding)
     scale: whilePressed(1, pressedScale)

@@ -14,7 +14,7 @@ constexpr double kGap = 8;     // between the item and its tooltip
 constexpr double kMargin = 8;  // from the window's edges
 
 // The one whose tooltip shows or is about to.
-QPointer<ToolTipArea> current;
+QPointer<ToolTipArea> activeArea;
 
 }  // namespace
 
@@ -37,8 +37,8 @@ QPointF ToolTipArea::positionOf(QSizeF toolTip, const QRectF& item, QSizeF windo
 
 void ToolTipArea::hoverEnterEvent(QHoverEvent* event) {
   event->ignore();  // what it lies on is hovered too
-  if (current) current->dismiss();
-  current = this;
+  if (activeArea) activeArea->dismiss();
+  activeArea = this;
   m_watched = window();
   m_watched->installEventFilter(this);
   m_timer.start(m_delay, this);
@@ -81,8 +81,8 @@ bool ToolTipArea::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void ToolTipArea::dismiss() {
-  if (current != this) return;
-  current = nullptr;
+  if (activeArea != this) return;
+  activeArea = nullptr;
   m_timer.stop();
   if (m_watched) m_watched->removeEventFilter(this);
   m_watched = nullptr;

@@ -23,8 +23,8 @@ class ToolTipArea : public QQuickItem {
   explicit ToolTipArea(QQuickItem* parent = nullptr);
 
   [[nodiscard]] bool isShown() const { return m_isDue && !m_text.isEmpty(); }
-  // The top left of a tooltip of this size, in points of the window: centred below the item, above it where there is no
-  // room, and within the window's edges.
+  // The top left of a tooltip of this size, in points of the window: centered below the item, above it where there is
+  // no room, and within the window's edges.
   Q_INVOKABLE QPointF positionOf(QSizeF toolTip) const;
   [[nodiscard]] static QPointF positionOf(QSizeF toolTip, const QRectF& item, QSizeF window);
 

@@ -8,12 +8,12 @@ Item {
     id: bubble
 
     required property ToolTipArea area
-    readonly property point place: area.positionOf(Qt.size(width, height))
+    readonly property point position: area.positionOf(Qt.size(width, height))
 
     parent: area.Window.contentItem
     z: 1000
-    x: place.x
-    y: place.y
+    x: position.x
+    y: position.y
     width: Math.ceil(label.width) + 20
     height: Math.ceil(label.height) + 12
     Accessible.role: Accessible.ToolTip

@@ -18,8 +18,8 @@ IconWeight iconWeight(int fontWeight) {
 }  // namespace
 
 Icon::Icon(QQuickItem* parent) : PictureItem(parent) {
-  connect(this, &Icon::changed, this, &Icon::onChanged);
-  onChanged();
+  connect(this, &Icon::changed, this, &Icon::updateImplicitSize);
+  updateImplicitSize();
 }
 
 QSGNode* Icon::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
@@ -29,7 +29,7 @@ QSGNode* Icon::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
   const double side = iconSide(m_size);
   // Nothing of it is stretched.
   const NinePatch patch{.image = image,
-                        .fixed = {image.width(), image.height(), 0, 0},
+                        .border = {image.width(), image.height(), 0, 0},
                         .outset = (image.width() - int(std::lround(side * ratio))) / 2};
   QRectF square(0, 0, side, side);
   square.moveCenter(boundingRect().center());
@@ -38,7 +38,7 @@ QSGNode* Icon::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
   return node;
 }
 
-void Icon::onChanged() {
+void Icon::updateImplicitSize() {
   const double side = iconSide(m_size);
   setImplicitSize(side, side);
 }

@@ -27,7 +27,7 @@ class Icon : public lumagrid::PictureItem {
   QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData*) override;
 
  private:
-  void onChanged();
+  void updateImplicitSize();
 
   QString m_name;
   double m_size = 15;

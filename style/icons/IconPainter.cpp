@@ -31,7 +31,7 @@ void IconPainter::draw(IconName name) {
       return drawCheckedDisc();
     case IconName::trash:
       return drawTrash();
-    // The tip weighs more than the open side: half a unit towards it centres the chevron to the eye.
+    // The tip weighs more than the open side: half a unit towards it centers the chevron to the eye.
     case IconName::chevronLeft:
       return polyline({{15, 4}, {7.2, 12}, {15, 20}});
     case IconName::chevronRight:

@@ -39,10 +39,10 @@ SpinnerClock* SpinnerClock::instance() {
 }
 
 bool SpinnerClock::eventFilter(QObject* watched, QEvent* event) {
-  // The window has not digested the event yet: look again once it has.
+  // The window handles the event after this filter: isExposed() tells the new state only then.
   if (event->type() == QEvent::Expose) {
     QMetaObject::invokeMethod(
-        this, [this] { review(); }, Qt::QueuedConnection);
+        this, [this] { updateTimer(); }, Qt::QueuedConnection);
   }
   return QObject::eventFilter(watched, event);
 }
@@ -60,10 +60,10 @@ void SpinnerClock::start(QQuickWindow* window) {
     window->installEventFilter(this);
     connect(window, &QObject::destroyed, this, [this, window] {
       m_holders.remove(window);
-      review();
+      updateTimer();
     });
   }
-  review();
+  updateTimer();
 }
 
 void SpinnerClock::stop(QQuickWindow* window) {
@@ -74,10 +74,10 @@ void SpinnerClock::stop(QQuickWindow* window) {
     window->removeEventFilter(this);
     window->disconnect(this);
   }
-  review();
+  updateTimer();
 }
 
-void SpinnerClock::review() {
+void SpinnerClock::updateTimer() {
   const auto windows = m_holders.keyBegin();
   const bool wanted =
       std::any_of(windows, m_holders.keyEnd(), [](QQuickWindow* window) { return window->isExposed(); });

@@ -8,8 +8,8 @@
 
 namespace lumagrid {
 
-// The one clock of all spinners: 8 ticks a second, 2 once nothing new has started to spin for ten seconds, and none at
-// all unless somebody holds a Running for a window that is exposed. Main thread.
+// The one clock of all spinners. It ticks 8 times a second, and twice a second once no spinner has started for ten
+// seconds; it stands still unless somebody holds a Running for a window that is exposed. Main thread.
 class SpinnerClock : public QObject {
   Q_OBJECT
 
@@ -46,7 +46,7 @@ class SpinnerClock : public QObject {
   SpinnerClock() = default;
   void start(QQuickWindow* window);
   void stop(QQuickWindow* window);
-  void review();
+  void updateTimer();
 
   QHash<QQuickWindow*, int> m_holders;
   int m_step = 0;

@@ -25,7 +25,7 @@ QSGNode* ContinuousRectangle::updatePaintNode(QSGNode* old, UpdatePaintNodeData*
   if (m_strokeColor.alpha() > 0 && m_strokeWidth > 0) {
     stroke->setShape(
         window(),
-        {.part = Shape::Part::stroke, .radius = m_radius, .extent = m_strokeWidth, .color = m_strokeColor.rgb()},
+        {.part = Shape::Part::stroke, .radius = m_radius, .lineWidth = m_strokeWidth, .color = m_strokeColor.rgb()},
         bounds);
     stroke->setOpacity(m_strokeColor.alphaF());
   } else {

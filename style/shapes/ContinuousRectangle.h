@@ -7,7 +7,7 @@
 namespace lumagrid {
 
 // A rectangle with continuous corners (ContinuousPath.h), filled and then stroked on its path: half of the stroke lies
-// outside of the item's bounds. Lengths in points. Changing a colour's opacity costs no new picture. Main thread.
+// outside of the item's bounds. Lengths in points. Changing a color's opacity costs no new picture. Main thread.
 class ContinuousRectangle : public lumagrid::PictureItem {
   Q_OBJECT
   QML_ELEMENT

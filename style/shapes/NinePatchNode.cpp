@@ -14,13 +14,14 @@ namespace lumagrid {
 
 namespace {
 
-// One stretch of the patch along one axis: where it lies in the item (points) and in the picture (pixels).
+// A third of the patch along one axis, its first border, its middle or its last border: where it lies in the item
+// (points) and in the picture (pixels).
 struct Span {
   double start;
   double end;
   double imageStart;
   double imageEnd;
-  bool stretched;
+  bool isStretched;
 };
 
 std::vector<Span> spans(double start, double end, int imageLength, int first, int last, double pixel) {
@@ -42,13 +43,13 @@ struct Spans {
   bool middleIsEmpty;
 
   bool isDrawn(const Span& column, const Span& row) const {
-    return !(middleIsEmpty && column.stretched && row.stretched);
+    return !(middleIsEmpty && column.isStretched && row.isStretched);
   }
 };
 
 Spans spans(const QRectF& outer, const NinePatch& patch, double pixel) {
-  return {spans(outer.left(), outer.right(), patch.image.width(), patch.fixed.left(), patch.fixed.right(), pixel),
-          spans(outer.top(), outer.bottom(), patch.image.height(), patch.fixed.top(), patch.fixed.bottom(), pixel),
+  return {spans(outer.left(), outer.right(), patch.image.width(), patch.border.left(), patch.border.right(), pixel),
+          spans(outer.top(), outer.bottom(), patch.image.height(), patch.border.top(), patch.border.bottom(), pixel),
           patch.middle == NinePatch::Middle::empty};
 }
 
@@ -138,9 +139,9 @@ void NinePatchNode::buildGeometry(const QRectF& outer, const NinePatch& patch) {
   for (const Span& row : grid.rows) {
     for (const Span& column : grid.columns) {
       if (!grid.isDrawn(column, row)) continue;
-      // What stretches samples the middle of its pixel alone, or the neighbours would bleed in.
-      const double inX = column.stretched ? 0.5 : 0;
-      const double inY = row.stretched ? 0.5 : 0;
+      // What stretches samples the middle of its pixel alone, or the neighbors would bleed in.
+      const double inX = column.isStretched ? 0.5 : 0;
+      const double inY = row.isStretched ? 0.5 : 0;
       const float left = float(within.left() + (column.imageStart + inX) * unitX);
       const float right = float(within.left() + (column.imageEnd - inX) * unitX);
       const float top = float(within.top() + (row.imageStart + inY) * unitY);
@@ -173,7 +174,7 @@ void NinePatchNode::buildImages(QQuickWindow* window, const QRectF& outer, const
       node->setOwnsTexture(false);
       node->setTexture(m_texture.get());
       // What stretches repeats its one pixel: smoothing it would let the edges fade.
-      node->setFiltering(column.stretched || row.stretched ? QSGTexture::Nearest : QSGTexture::Linear);
+      node->setFiltering(column.isStretched || row.isStretched ? QSGTexture::Nearest : QSGTexture::Linear);
       node->setRect(column.start, row.start, column.end - column.start, row.end - row.start);
       node->setSourceRect(column.imageStart, row.imageStart, column.imageEnd - column.imageStart,
                           row.imageEnd - row.imageStart);

@@ -15,7 +15,7 @@ class PictureItem : public QQuickItem {
  public:
   explicit PictureItem(QQuickItem* parent = nullptr) : QQuickItem(parent) {
     setFlag(ItemHasContents);
-    update();  // what is not due for the first frame asks for a second one
+    update();  // takes part in the first frame, instead of asking for a second one
     connect(this, &PictureItem::changed, this, &QQuickItem::update);
   }
 

@@ -25,8 +25,8 @@ struct PixelShape {
 
 struct PixelShapeHash {
   std::size_t operator()(const PixelShape& key) const {
-    return qHashMulti(0, int(key.shape.part), key.shape.radius, key.shape.extent, key.shape.color, key.shape.isHollow,
-                      key.size.width(), key.size.height());
+    return qHashMulti(0, int(key.shape.part), key.shape.radius, key.shape.lineWidth, key.shape.blur, key.shape.color,
+                      key.shape.isHollow, key.size.width(), key.size.height());
   }
 };
 
@@ -38,7 +38,7 @@ QImage draw(const PixelShape& key, int outset) {
   QPainter painter(&image);
   painter.setRenderHint(QPainter::Antialiasing);
   if (key.shape.part == Shape::Part::stroke) {
-    QPen pen(QColor(key.shape.color), key.shape.extent, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
+    QPen pen(QColor(key.shape.color), key.shape.lineWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
     pen.setMiterLimit(10);
     painter.strokePath(path, pen);
   } else {
@@ -46,7 +46,7 @@ QImage draw(const PixelShape& key, int outset) {
   }
   painter.end();
   if (key.shape.part == Shape::Part::shadow && outset > 0) {
-    return blurredShadow(image, key.shape.extent / 2, key.shape.color);
+    return blurredShadow(image, key.shape.blur / 2, key.shape.color);
   }
   return image;
 }
@@ -72,17 +72,18 @@ NinePatch shapeImage(const Shape& shape, QSizeF size, double devicePixelRatio) {
                      std::max(1, int(std::lround(size.height() * devicePixelRatio))));
   PixelShape key{.shape = shape, .size = {}};
   key.shape.radius = std::clamp(shape.radius * devicePixelRatio, 0.0, std::min(pixels.width(), pixels.height()) / 2.0);
-  key.shape.extent = shape.extent * devicePixelRatio;
+  key.shape.lineWidth = shape.lineWidth * devicePixelRatio;
+  key.shape.blur = shape.blur * devicePixelRatio;
   key.shape.color = shape.color | 0xff000000;
 
   const int corner = int(std::ceil(cornerReach(pixels, key.shape.radius) * key.shape.radius - 1e-6));
   int outset = 0;
   int depth = corner;
   if (shape.part == Shape::Part::stroke) {
-    outset = int(std::ceil(key.shape.extent / 2 - 1e-6));
+    outset = int(std::ceil(key.shape.lineWidth / 2 - 1e-6));
     depth = std::max(corner, outset);
   } else if (shape.part == Shape::Part::shadow) {
-    outset = blurReach(key.shape.extent / 2);
+    outset = blurReach(key.shape.blur / 2);
     depth = corner + outset;
   }
   const Axis horizontal = axisFor(pixels.width(), depth);
@@ -92,7 +93,7 @@ NinePatch shapeImage(const Shape& shape, QSizeF size, double devicePixelRatio) {
 
   NinePatch patch;
   patch.image = draw(key, outset);
-  patch.fixed = {outset + horizontal.first, outset + vertical.first, outset + horizontal.last, outset + vertical.last};
+  patch.border = {outset + horizontal.first, outset + vertical.first, outset + horizontal.last, outset + vertical.last};
   patch.outset = outset;
   patch.middle =
       shape.part == Shape::Part::stroke || shape.isHollow ? NinePatch::Middle::empty : NinePatch::Middle::drawn;

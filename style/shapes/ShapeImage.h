@@ -11,13 +11,14 @@ namespace lumagrid {
 struct Shape {
   enum class Part {
     fill,
-    stroke,  // centred on the path: half of the line inside, half outside; miter joins
-    shadow,  // the filled shape under a Gaussian of sigma extent / 2, cut off at three sigmas
+    stroke,  // centered on the path: half of the line inside, half outside; miter joins
+    shadow,  // the filled shape under a Gaussian of sigma blur / 2, cut off at three sigmas
   };
 
   Part part = Part::fill;
   double radius = 0;        // of the corners; 0: square ones; clamped to half the shorter side
-  double extent = 0;        // stroke: the line's width; shadow: the blur radius
+  double lineWidth = 0;     // of a stroke
+  double blur = 0;          // of a shadow
   QRgb color = 0xff000000;  // drawn opaque: translucency belongs to the node, so that states share one picture
   bool isHollow = false;    // something opaque hides all but the edges: what stretches both ways is not drawn
 
@@ -28,9 +29,9 @@ struct Shape {
 struct NinePatch {
   enum class Middle { drawn, empty };
 
-  QImage image = {};    // premultiplied ARGB, device pixels
-  QMargins fixed = {};  // pixels from each edge that are never stretched; they leave a middle of one pixel, or of none
-  int outset = 0;       // pixels by which the picture is larger than the shape, on every side
+  QImage image = {};     // premultiplied ARGB, device pixels
+  QMargins border = {};  // pixels from each edge that are never stretched; they leave a middle of one pixel, or of none
+  int outset = 0;        // pixels by which the picture is larger than the shape, on every side
   Middle middle = Middle::drawn;  // empty: the part that stretches both ways is transparent, and need not be drawn
 };
 

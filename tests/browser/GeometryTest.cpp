@@ -8,7 +8,7 @@
 using namespace lumagrid;
 using Curve = PhotoViewMotion::Curve;
 
-// Where the tiles of the grid lie, the photo and its own tiles, and how the photo moves.
+// Where the tiles of the grid lie, the photo and its blocks, and how the photo moves.
 class GeometryTest : public QObject {
   Q_OBJECT
 
@@ -53,35 +53,35 @@ class GeometryTest : public QObject {
     QCOMPARE(zoomedRect({100, 50, 800, 500}, {1000, 600}, {2, {40, -25}}), QRectF(-260, -225, 1600, 1000));
   }
 
-  void choosesLevelAndTiles() {
+  void choosesLevelAndBlocks() {
     for (const auto& [photoPixels, level] : {std::pair(0.2, 0), {1.999, 0}, {2.0, 1}, {6.56, 2}, {100.0, 3}}) {
       QCOMPARE(levelFor(photoPixels, 4), level);
     }
-    const auto tiles = [](const QRectF& visible) { return tilesTouching(visible, {20000, 10000}, 0); };
-    QCOMPARE(tiles({510, 0, 510, 510}), QRect(1, 0, 1, 1));  // up to a tile's edge, not past it
-    QCOMPARE(tiles({20001, 0, 1100, 760}), QRect());         // dragged out of sight
+    const auto blocks = [](const QRectF& visible) { return blocksTouching(visible, {20000, 10000}, 0); };
+    QCOMPARE(blocks({510, 0, 510, 510}), QRect(1, 0, 1, 1));  // up to a block's edge, not past it
+    QCOMPARE(blocks({20001, 0, 1100, 760}), QRect());         // dragged out of sight
   }
 
-  // Each level's tiles cover the photo once; each is uploaded whole, with its border, in at most 512 x 512.
-  void tilesCoverThePhotoOnce() {
+  // Each level's blocks cover the photo once; each is uploaded whole, with its border, in at most 512 x 512.
+  void blocksCoverThePhotoOnce() {
     const QSize photo(20000, 10001);
     QSize levelSize = photo;
     for (int level = 0; level < 6; ++level) {
       double area = 0;
-      const QRect tiles = tilesTouching({-1e6, -1e6, 2e6, 2e6}, photo, level);
-      for (int index = 0; index < tiles.width() * tiles.height(); ++index) {
-        const PhotoTile tile{level, index % tiles.width(), index / tiles.width()};
-        const QRectF part = tile.photoRect(photo);
-        const QRect texels = tile.texels(levelSize);
-        const QRectF source = tile.sourceRect(part);
+      const QRect blocks = blocksTouching({-1e6, -1e6, 2e6, 2e6}, photo, level);
+      for (int index = 0; index < blocks.width() * blocks.height(); ++index) {
+        const PhotoBlock block{level, index % blocks.width(), index / blocks.width()};
+        const QRectF part = block.photoRect(photo);
+        const QRect texels = block.texels(levelSize);
+        const QRectF source = block.sourceRect(part);
         area += part.width() * part.height();
         QVERIFY(texels.width() <= 512 && texels.height() <= 512);
-        QVERIFY(tile.parent().photoRect(photo).contains(part));
+        QVERIFY(block.parent().photoRect(photo).contains(part));
         // A border texel lies between the part and the texture's edge, but at the photo's own edges.
-        QVERIFY(
-            QRectF({}, QSizeF(texels.size()))
-                .adjusted(tile.column > 0, tile.row > 0, -(tile.column < tiles.right()), -(tile.row < tiles.bottom()))
-                .contains(source));
+        QVERIFY(QRectF({}, QSizeF(texels.size()))
+                    .adjusted(block.column > 0, block.row > 0, -(block.column < blocks.right()),
+                              -(block.row < blocks.bottom()))
+                    .contains(source));
       }
       QCOMPARE(area, 20000.0 * 10001.0);
       levelSize = {(levelSize.width() + 1) / 2, (levelSize.height() + 1) / 2};

@@ -5,6 +5,8 @@
 #include <QTest>
 #include <cmath>
 
+#include "PhotoViewGeometry.h"
+
 using namespace lumagrid;
 
 namespace {
@@ -78,11 +80,11 @@ class PhotoViewTest : public QObject {
     m_view->setImage(painted({2200, 900}, checks));
     m_view->setZoomScale(2200 * 8 / m_view->fittedBox().width());  // eight points for a pixel
     QTRY_VERIFY(worst(checks) <= 40);
-    m_view->setOffset({-3001, 0});  // across tiles that were not in sight
+    m_view->setOffset({-3001, 0});  // across blocks that were not in sight
     QTRY_VERIFY(worst(checks) <= 40);
   }
 
-  // Translucent pixels drawn twice would be denser, and it would show at the tiles' edges.
+  // Translucent pixels drawn twice would be denser, and it would show at the blocks' edges.
   void drawsEveryPixelOnce() {
     QImage photo(6000, 3000, QImage::Format_RGBA8888_Premultiplied);
     photo.fill(QColor(255, 255, 255, 128));
@@ -92,7 +94,7 @@ class PhotoViewTest : public QObject {
       m_view->setZoomScale(scale);
       for (int frame = 0; frame < 5; ++frame) QVERIFY(worst(plain({133, 138, 143})) <= 2);
     }
-    // Nobody else asks for the frames that upload the dozen tiles that come into sight.
+    // Nobody else asks for the frames that upload the dozen blocks that come into sight.
     const QSignalSpy frames(m_window.get(), &QQuickWindow::frameSwapped);
     m_view->setOffset({-1100, 0});
     QTRY_VERIFY(frames.size() >= 5);

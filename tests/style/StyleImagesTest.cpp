@@ -47,7 +47,7 @@ class StyleImagesTest : public QObject {
       for (const QSizeF size : {QSizeF(181, 181), QSizeF(34, 34), QSizeF(63, 41)}) {
         const NinePatch patch = shapeImage(shape, size, ratio);
         const QImage& image = patch.image;
-        const QPoint centre(patch.fixed.left() - 1, patch.fixed.top() - 1);
+        const QPoint centre(patch.border.left() - 1, patch.border.top() - 1);
         // The middle of each edge is solid up to the last pixel, and the corners are empty.
         QCOMPARE(image.pixel(centre), shape.color);
         QVERIFY(qAlpha(image.pixel(centre.x(), 0)) > 240 && qAlpha(image.pixel(0, centre.y())) > 240);
@@ -66,12 +66,12 @@ class StyleImagesTest : public QObject {
 
   void shadowIsGaussian() {
     for (const double ratio : {1.0, 1.5}) {
-      const Shape shape{.part = Shape::Part::shadow, .radius = 20, .extent = 8};
+      const Shape shape{.part = Shape::Part::shadow, .radius = 20, .blur = 8};
       const NinePatch patch = shapeImage(shape, QSizeF(200, 200), ratio);
       for (int y = -patch.outset; y < patch.outset; ++y) {
         // Of a Gaussian with a sigma of 4 points, the part beyond the edge; but for two levels of eight bits.
         const double tail = 0.5 * std::erfc(-(y + 0.5) / (4 * ratio * std::numbers::sqrt2));
-        const int alpha = qAlpha(patch.image.pixel(patch.fixed.left(), y + patch.outset));
+        const int alpha = qAlpha(patch.image.pixel(patch.border.left(), y + patch.outset));
         QVERIFY(std::abs(alpha / 255.0 - tail) < 0.01);
       }
       // Large shapes share one picture for each ratio.

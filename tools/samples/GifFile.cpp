@@ -8,7 +8,7 @@ void appendNumber(QByteArray& file, int value) {
   file.append(static_cast<char>(value & 255)).append(static_cast<char>(value >> 8 & 255));
 }
 
-// Colour indices as codes of nine bits, lowest bit first, with a clear code (256) before codes would have to grow: four
+// Color indices as codes of nine bits, lowest bit first, with a clear code (256) before codes would have to grow: four
 // times as long as compressed, and as valid. The last is the end code (257).
 QByteArray codes(const QImage& indexed) {
   constexpr int kCodesUntilClear = 254;
@@ -39,13 +39,13 @@ void appendFrame(QByteArray& file, const QImage& frame) {
   file.append(QByteArray::fromHex("00002C00000000"));
   appendNumber(file, indexed.width());
   appendNumber(file, indexed.height());
-  file.append(static_cast<char>(0x87));  // a table of 256 colours of this frame's own
+  file.append(static_cast<char>(0x87));  // a table of 256 colors of this frame's own
   QList<QRgb> table = indexed.colorTable();
   table.resize(256);
   for (const QRgb color : std::as_const(table)) {
     for (const int channel : {qRed(color), qGreen(color), qBlue(color)}) file.append(static_cast<char>(channel));
   }
-  file.append(static_cast<char>(8));  // bits of a colour index
+  file.append(static_cast<char>(8));  // bits of a color index
   const QByteArray data = codes(indexed);
   for (qsizetype start = 0; start < data.size(); start += kBlockBytes) {
     const QByteArray block = data.mid(start, kBlockBytes);

@@ -11,16 +11,16 @@ namespace lumagrid::samples {
 
 namespace {
 
-void paintLeaf(QPainter& painter, double length, const QColor& colour) {
+void paintLeaf(QPainter& painter, double length, const QColor& color) {
   QPainterPath blade(QPointF(0, 0));
   blade.cubicTo(length * 0.2, -length * 0.32, length * 0.7, -length * 0.3, length, 0);
   blade.cubicTo(length * 0.7, length * 0.3, length * 0.2, length * 0.32, 0, 0);
   QLinearGradient shade(0, -length * 0.3, 0, length * 0.3);
-  shade.setColorAt(0, mix(colour, Qt::white, 0.25));
-  shade.setColorAt(0.5, colour);
-  shade.setColorAt(1, mix(colour, Qt::black, 0.3));
+  shade.setColorAt(0, mix(color, Qt::white, 0.25));
+  shade.setColorAt(0.5, color);
+  shade.setColorAt(1, mix(color, Qt::black, 0.3));
   painter.fillPath(blade, shade);
-  painter.setPen(QPen(mix(colour, Qt::black, 0.35), length * 0.012, Qt::SolidLine, Qt::RoundCap));
+  painter.setPen(QPen(mix(color, Qt::black, 0.35), length * 0.012, Qt::SolidLine, Qt::RoundCap));
   painter.drawLine(QPointF(-length * 0.16, 0), QPointF(length * 0.94, 0));
   for (const double along : {0.2, 0.36, 0.52, 0.68}) {
     const double reach = length * 0.19 * std::sin(along * std::numbers::pi);

@@ -20,8 +20,8 @@ void paintSky(QPainter& painter, const QRectF& area, const Hour& hour) {
   painter.fillRect(area, gradient);
 }
 
-void paintSun(QPainter& painter, const QPointF& centre, double radius, const QColor& light) {
-  QRadialGradient glow(centre, radius * 7);
+void paintSun(QPainter& painter, const QPointF& center, double radius, const QColor& light) {
+  QRadialGradient glow(center, radius * 7);
   QColor halo = light;
   halo.setAlphaF(0.55F);
   glow.setColorAt(0, halo);
@@ -31,9 +31,9 @@ void paintSun(QPainter& painter, const QPointF& centre, double radius, const QCo
   glow.setColorAt(1, halo);
   painter.setPen(Qt::NoPen);
   painter.setBrush(glow);
-  painter.drawEllipse(centre, radius * 7, radius * 7);
+  painter.drawEllipse(center, radius * 7, radius * 7);
   painter.setBrush(mix(light, Qt::white, 0.45));
-  painter.drawEllipse(centre, radius, radius);
+  painter.drawEllipse(center, radius, radius);
 }
 
 struct Ridge {
@@ -72,7 +72,7 @@ void paintRanges(QPainter& painter, const QSizeF& size, const Hour& hour, Random
   }
 }
 
-void paintPine(QPainter& painter, const QPointF& foot, double height, const QColor& colour) {
+void paintPine(QPainter& painter, const QPointF& foot, double height, const QColor& color) {
   QPainterPath tree;
   constexpr int kStoreys = 6;
   const double half = height * 0.2;
@@ -86,7 +86,7 @@ void paintPine(QPainter& painter, const QPointF& foot, double height, const QCol
     tree.quadTo(foot.x() - reach * 0.25, top + height * 0.16, foot.x(), top);
   }
   tree.setFillRule(Qt::WindingFill);
-  painter.fillPath(tree, colour);
+  painter.fillPath(tree, color);
 }
 
 void paintWater(QPainter& painter, const QRectF& water, const QPointF& sun, const Hour& hour, Random& random) {
@@ -102,9 +102,9 @@ void paintWater(QPainter& painter, const QRectF& water, const QPointF& sun, cons
     const double spread = water.width() * (0.03 + 0.2 * share);
     const bool shining = random.between(0, 1) < 0.5;
     const double x = shining ? sun.x() + random.aroundZero() * spread : random.between(0, water.width());
-    QColor colour = shining ? mix(hour.light, Qt::white, 0.3) : mix(hour.zenith, hour.near, 0.5);
-    colour.setAlphaF(static_cast<float>(shining ? 0.5 : 0.16));
-    painter.setBrush(colour);
+    QColor color = shining ? mix(hour.light, Qt::white, 0.3) : mix(hour.zenith, hour.near, 0.5);
+    color.setAlphaF(static_cast<float>(shining ? 0.5 : 0.16));
+    painter.setBrush(color);
     painter.drawEllipse(QPointF(x, y), water.width() * (0.004 + 0.03 * share),
                         water.height() * (0.002 + 0.006 * share));
   }
@@ -147,20 +147,20 @@ void paintForest(QImage& picture, const Hour& hour, Random& random) {
   constexpr int kRows = 6;
   for (int row = 0; row < kRows; ++row) {
     const double depth = static_cast<double>(row) / (kRows - 1);
-    const QColor colour = mix(hour.far, hour.near, depth);
+    const QColor color = mix(hour.far, hour.near, depth);
     const HillLine line(random);
     const double base = size.height() * (0.6 + 0.44 * depth);
     const double tree = size.height() * (0.12 + 0.26 * depth);
-    painter.fillRect(QRectF(0, base - tree * 0.1, size.width(), size.height()), mix(colour, Qt::black, 0.08));
+    painter.fillRect(QRectF(0, base - tree * 0.1, size.width(), size.height()), mix(color, Qt::black, 0.08));
     double x = -tree;
     while (x < size.width() + tree) {
       const double foot = base - size.height() * 0.06 * line.at(x / size.width() * 2 + row, 0.4);
       paintPine(painter, QPointF(x, foot), tree * random.between(0.6, 1.1),
-                mix(colour, Qt::black, random.between(0, 0.12)));
+                mix(color, Qt::black, random.between(0, 0.12)));
       x += tree * random.between(0.1, 0.24);
     }
     QLinearGradient mist(0, base - tree * 0.4, 0, size.height());
-    QColor haze = mix(hour.horizon, colour, 0.35);
+    QColor haze = mix(hour.horizon, color, 0.35);
     haze.setAlphaF(0);
     mist.setColorAt(0, haze);
     haze.setAlphaF(static_cast<float>(0.85 * (1 - depth)));

@@ -7,7 +7,7 @@
 
 namespace lumagrid::samples {
 
-// The colours of one hour of the day.
+// The colors of one hour of the day.
 struct Hour {
   QColor zenith;
   QColor sky;

@@ -15,7 +15,7 @@ namespace lumagrid::samples {
 
 namespace {
 
-enum class Variant { Plain, Progressive, Grey, Alpha, Animated, Turned, Damaged };
+enum class Variant { Plain, Progressive, Gray, Alpha, Animated, Turned, Damaged };
 
 // One file to make. Its format follows from the ending of its name.
 struct Sample {
@@ -74,7 +74,7 @@ constexpr auto kSamples = std::to_array<Sample>({
     {"Format gif animated.gif", paintSea, Sunset, 480, 320, Variant::Animated},
     {"Format heic.heic", paintForest, Gold, 1200, 800},
     {"Format heif.heif", paintMountains, Mint, 1200, 800},
-    {"Format jpeg grey.jpeg", paintMountains, Night, 1600, 1067, Variant::Grey},
+    {"Format jpeg gray.jpeg", paintMountains, Night, 1600, 1067, Variant::Gray},
     {"Format jpeg progressive.jpg", paintLeaves, Gold, 1600, 1067, Variant::Progressive},
     {"Format png.png", paintCity, Mint, 960, 640},
     {"Format png alpha.png", nullptr, Mint, 800, 800, Variant::Alpha},
@@ -107,7 +107,7 @@ QImage painted(const Sample& sample, std::uint64_t seed) {
   } else {
     sample.scene(picture, hour(sample.hour), random);
   }
-  return sample.variant == Variant::Grey ? picture.convertToFormat(QImage::Format_Grayscale8) : picture;
+  return sample.variant == Variant::Gray ? picture.convertToFormat(QImage::Format_Grayscale8) : picture;
 }
 
 QByteArray fileBytes(const Sample& sample, const QString& ending, std::uint64_t seed) {

@@ -76,7 +76,7 @@ void apply(const Request& request, ContentView& view) {
   // Before there is a photo, to which it would scroll.
   if (request.columns > 0) view.setGridDimension(request.columns);
   view.openPath(FileUrl::fromPath(request.path));
-  if (!request.selected.isEmpty()) {  // the first of them comes to the centre
+  if (!request.selected.isEmpty()) {  // the first of them comes to the center
     view.library()->openPhoto(request.selected.first());
     view.exitDetailMode();
   }
