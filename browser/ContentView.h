@@ -69,7 +69,6 @@ class ContentView : public QObject {
   [[nodiscard]] ShownLibrary* shown() { return &m_shown; }
   [[nodiscard]] BackgroundQueue& thumbnailQueue() const { return m_shared.thumbnailQueue; }
   [[nodiscard]] const OpenDialogs& dialogs() const { return m_shared.dialogs; }
-  [[nodiscard]] BrowserMode browserMode() const { return m_browserMode; }
   [[nodiscard]] bool showsGrid() const { return m_browserMode == BrowserMode::grid; }
   [[nodiscard]] qint64 gridDimension() const { return m_gridDimension; }
   [[nodiscard]] bool canShowFewerTiles() const { return m_gridDimension > kLowestGridDimension; }

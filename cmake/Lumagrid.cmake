@@ -32,13 +32,11 @@ function(lumagrid_library name)
   target_link_libraries(${name} PUBLIC ${ARG_LINK} PRIVATE lumagrid_options ${ARG_LINK_PRIVATE})
 endfunction()
 
-# lumagrid_qml_module(NAME URI Lumagrid.Name SOURCES file… QML file… LINK target…): a library that is a QML module too.
+# lumagrid_qml_module(NAME URI Lumagrid.Name IMPORTS module… SOURCES file… QML file… LINK target… LINK_PRIVATE target…):
+# a library that is a QML module too.
 # Programs link NAMEplugin and import it with Q_IMPORT_QML_PLUGIN.
 function(lumagrid_qml_module name)
-  cmake_parse_arguments(ARG "" "URI" "SOURCES;QML;SINGLETONS;LINK;LINK_PRIVATE;IMPORTS" ${ARGN})
-  foreach(file ${ARG_SINGLETONS})
-    set_source_files_properties(${file} PROPERTIES QT_QML_SINGLETON_TYPE TRUE)
-  endforeach()
+  cmake_parse_arguments(ARG "" "URI" "SOURCES;QML;IMPORTS;LINK;LINK_PRIVATE" ${ARGN})
   # qmllint and the QML tools look for a module under its URI's path.
   string(REPLACE "." "/" module_path ${ARG_URI})
   qt_add_library(${name} STATIC)
@@ -48,7 +46,7 @@ function(lumagrid_qml_module name)
     RESOURCE_PREFIX /qt-project.org/imports
     OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/qml/${module_path}
     SOURCES ${ARG_SOURCES}
-    QML_FILES ${ARG_QML} ${ARG_SINGLETONS}
+    QML_FILES ${ARG_QML}
     IMPORTS ${ARG_IMPORTS}
     IMPORT_PATH ${CMAKE_BINARY_DIR}/qml)
   lumagrid_include_folders(${name} ${ARG_SOURCES})
@@ -57,7 +55,7 @@ endfunction()
 
 # lumagrid_test(NAME SOURCES file… LINK target…): a Qt Test program under CTest.
 function(lumagrid_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
   qt_add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE lumagrid_options Qt6::Test ${ARG_LINK})
   add_test(NAME ${name} COMMAND ${name})

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <QFile>
-#include <algorithm>
 
 #include "Preferences.h"
 

@@ -1,9 +1,7 @@
 #include "PhotoThumbnailTile.h"
 
 #include <QMouseEvent>
-#include <QPointer>
 #include <QQuickWindow>
-#include <QSGRendererInterface>
 
 #include "Curves.h"
 #include "Palette.h"

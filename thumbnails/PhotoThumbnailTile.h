@@ -4,7 +4,6 @@
 #include <QPointer>
 #include <QQuickItem>
 #include <QVariantAnimation>
-#include <cstdint>
 #include <optional>
 
 #include "BackgroundQueue.h"

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <QImage>
-#include <QRgb>
-#include <QSGClipNode>
 #include <QSGImageNode>
 #include <QSGTransformNode>
 #include <memory>

@@ -1,7 +1,6 @@
 #include "StageCorners.h"
 
 #include <QPainter>
-#include <QPainterPath>
 #include <QQuickWindow>
 #include <QSGImageNode>
 #include <cmath>

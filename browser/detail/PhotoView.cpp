@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "PhotoViewGeometry.h"
 #include "PhotoViewNode.h"
 
 namespace lumagrid {

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "PhotoViewGeometry.h"
+#include "ZoomState.h"
 
 namespace lumagrid {
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QHash>
-#include <QPointer>
 #include <QQmlComponent>
 #include <QQuickItem>
 #include <QSizeF>

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <QDateTime>
-#include <QList>
 #include <algorithm>
 #include <cerrno>
 #include <climits>

@@ -1,7 +1,6 @@
 // lumagrid-shot: the real window on a folder or a picture, painted until nothing loads any more, saved as a picture.
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QFileInfo>
 #include <QTimer>
 #include <cstdio>
 
