@@ -3,7 +3,6 @@
 #include <QPainterPath>
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 #include "Scenes.h"
 
@@ -24,24 +23,26 @@ void paintLeaf(QPainter& painter, double length, const QColor& color) {
   painter.drawLine(QPointF(-length * 0.16, 0), QPointF(length * 0.94, 0));
   for (const double along : {0.2, 0.36, 0.52, 0.68}) {
     const double reach = length * 0.19 * std::sin(along * std::numbers::pi);
-    painter.drawLine(QPointF(length * along, 0), QPointF(length * (along + 0.14), reach));
-    painter.drawLine(QPointF(length * along, 0), QPointF(length * (along + 0.14), -reach));
+    for (const double side : {reach, -reach}) {
+      painter.drawLine(QPointF(length * along, 0), QPointF(length * (along + 0.14), side));
+    }
   }
 }
 
 void scatterLeaves(QPainter& painter, const QSizeF& size, const Hour& hour, Random& random, int count) {
+  painter.setRenderHint(QPainter::Antialiasing);
   for (int i = 0; i < count; ++i) {
     const double share = static_cast<double>(i) / count;
     const double length = std::min(size.width(), size.height()) * (0.16 + 0.26 * share);
+    const QColor tint = mix(hour.far, hour.light, random.between(0, 1));
     painter.save();
     painter.translate(random.between(-0.05, 1.0) * size.width(), random.between(-0.05, 1.05) * size.height());
     painter.rotate(random.between(0, 360));
-    const QColor tint = mix(hour.far, hour.light, random.between(0, 1));
-    painter.save();
     painter.translate(length * 0.03, length * 0.06);
     painter.setOpacity(0.22);
-    paintLeaf(painter, length, Qt::black);
-    painter.restore();
+    paintLeaf(painter, length, Qt::black);  // its shadow
+    painter.translate(-length * 0.03, -length * 0.06);
+    painter.setOpacity(1);
     paintLeaf(painter, length, mix(mix(hour.near, tint, 0.25 + 0.75 * share), hour.horizon, random.between(0, 0.25)));
     painter.restore();
   }
@@ -50,16 +51,14 @@ void scatterLeaves(QPainter& painter, const QSizeF& size, const Hour& hour, Rand
 }  // namespace
 
 void paintLeaves(QImage& picture, const Hour& hour, Random& random) {
+  picture.fill(mix(hour.near, Qt::black, 0.2));
   QPainter painter(&picture);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.fillRect(picture.rect(), mix(hour.near, Qt::black, 0.2));
   scatterLeaves(painter, picture.size(), hour, random, 130);
 }
 
 void paintLeavesOnNothing(QImage& picture, const Hour& hour, Random& random) {
   picture.fill(Qt::transparent);
   QPainter painter(&picture);
-  painter.setRenderHint(QPainter::Antialiasing);
   scatterLeaves(painter, picture.size(), hour, random, 24);
 }
 

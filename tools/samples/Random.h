@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <cstdint>
+#include <numbers>
 #include <random>
 
 namespace lumagrid::samples {
@@ -20,22 +22,33 @@ class Random {
   [[nodiscard]] double aroundZero() {
     return between(-0.5, 0.5) + between(-0.5, 0.5) + between(-0.5, 0.5) + between(-0.5, 0.5);
   }
-  [[nodiscard]] int index(int count) { return static_cast<int>(between(0, count)); }
 
  private:
   std::mt19937_64 m_engine;
 };
 
-// A line of hills: value noise of several octaves, between about -1 and 1. `x` is in units of the widest hill.
+// A line of hills, between about -1 and 1: waves of a random phase, each half as long as the one before. `x` is in
+// units of the longest.
 class HillLine {
  public:
-  explicit HillLine(Random& random);
-  // `roughness` from 0 (only the widest hill) to 1 (every octave as strong as the first).
-  [[nodiscard]] double at(double x, double roughness) const;
+  explicit HillLine(Random& random) {
+    for (double& phase : m_phases) phase = random.between(0, 2 * std::numbers::pi);
+  }
+
+  // `roughness` from 0 (only the longest wave) to 1 (all waves as high as the first).
+  [[nodiscard]] double at(double x, double roughness) const {
+    double height = 0;
+    double strength = 1 - roughness;
+    for (double phase : m_phases) {
+      height += strength * std::sin(phase + 2 * std::numbers::pi * x);
+      strength *= roughness;
+      x *= 1.93;  // not exactly twice, or the whole line would repeat
+    }
+    return height;
+  }
 
  private:
-  [[nodiscard]] double octave(double x) const;
-  std::array<double, 256> m_heights{};
+  std::array<double, 9> m_phases{};
 };
 
 }  // namespace lumagrid::samples

@@ -17,8 +17,8 @@ struct Hour {
   QColor near;   // what stands in the foreground
 };
 
-enum class HourName { Dawn, Noon, Gold, Sunset, Dusk, Night, Rose, Mint, Autumn, Ice, Count };
-[[nodiscard]] const Hour& hour(HourName name);
+enum class HourName { Dawn, Noon, Gold, Sunset, Dusk, Night, Rose, Mint, Autumn, Ice };
+[[nodiscard]] Hour hour(HourName name);
 
 [[nodiscard]] QColor mix(const QColor& from, const QColor& to, double share);
 
@@ -27,14 +27,11 @@ using Scene = void (*)(QImage& picture, const Hour& hour, Random& random);
 
 void paintMountains(QImage& picture, const Hour& hour, Random& random);
 void paintForest(QImage& picture, const Hour& hour, Random& random);
-void paintDunes(QImage& picture, const Hour& hour, Random& random);
 void paintSea(QImage& picture, const Hour& hour, Random& random);
 void paintLeaves(QImage& picture, const Hour& hour, Random& random);
 void paintCity(QImage& picture, const Hour& hour, Random& random);
 
 // Leaves alone, on nothing: what an alpha channel is for.
 void paintLeavesOnNothing(QImage& picture, const Hour& hour, Random& random);
-// An arrow that points up, and as many dots at the lower left as `count` says: a turned or mirrored picture shows.
-void paintUpArrow(QImage& picture, int count);
 
 }  // namespace lumagrid::samples
