@@ -31,9 +31,11 @@ struct BackgroundQueue::Ticket::Job : QRunnable {
     isTaken = true;
     enterWorker();
     work();
-    // The last reference is dropped on the main thread.
+    // The last reference is dropped on the main thread, and not with the closure: this thread may be the last to hold
+    // that.
     QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [job = std::move(self)] { job->deliver(); }, Qt::QueuedConnection);
+        QCoreApplication::instance(), [job = std::move(self)]() mutable { std::exchange(job, nullptr)->deliver(); },
+        Qt::QueuedConnection);
   }
 
   void deliver() {

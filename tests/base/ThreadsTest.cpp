@@ -123,6 +123,27 @@ class ThreadsTest : public QObject {
     QCOMPARE(::getpriority(PRIO_PROCESS, 0), mainNiceness);
   }
 
+  // Also those that nobody holds any more, however soon the main thread hears of their end.
+  void closuresAreDestroyedOnTheMainThread() {
+    std::atomic<int> strays = 0;
+    OwnPool pool(1);
+    BackgroundQueue queue(BackgroundQueue::Urgency::ordinary, pool);
+    for (int piece = 0; piece < 500; ++piece) {
+      const auto witness = [&strays] {
+        return std::shared_ptr<void>(nullptr, [&strays](void*) { strays += ::gettid() != ::getpid(); });
+      };
+      std::atomic<bool> mayEnd = false;
+      Ticket ticket = queue.enqueue([&mayEnd, closure = witness()] { mayEnd.wait(false); }, [] {});
+      while (!ticket.isRunning()) std::this_thread::yield();
+      ticket = {};
+      mayEnd = true;
+      mayEnd.notify_one();
+      while (queue.pendingCount() > 0) QCoreApplication::processEvents();
+    }
+    pool.waitForDone();
+    QCOMPARE(strays.load(), 0);
+  }
+
   // The C library would keep what lies between blocks that are still in use. (A sanitizer keeps all of it on purpose.)
   void freedMemoryGoesBackToTheSystem() {
 #ifndef __SANITIZE_ADDRESS__
