@@ -6,6 +6,7 @@
 #include <atomic>
 #include <utility>
 
+#include "ThreadHandOver.h"
 #include "moc_BackgroundQueue.cpp"
 
 namespace lumagrid {
@@ -28,13 +29,14 @@ struct BackgroundQueue::Ticket::Job : QRunnable {
   }
 
   void run() override {
+    takeOver(this);
     isTaken = true;
     enterWorker();
     work();
     // The last reference is dropped on the main thread, and not with the closure: this thread may be the last to hold
     // that.
     QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [job = std::move(self)]() mutable { std::exchange(job, nullptr)->deliver(); },
+        QCoreApplication::instance(), [job = HandedOver(std::move(self))]() mutable { job.take()->deliver(); },
         Qt::QueuedConnection);
   }
 
@@ -83,6 +85,7 @@ BackgroundQueue::Ticket BackgroundQueue::enqueue(std::function<void()> work, std
   m_turn += std::exchange(m_isNewTurn, false) ? 1 : 0;
   const auto job = std::make_shared<Ticket::Job>(m_pool, std::move(work), std::move(finished), m_pendingCount);
   job->self = job;
+  handOver(job.get());
   m_pool.start(job.get(), m_urgency == Urgency::urgent ? kUrgentWork : m_turn);
   return Ticket(job);
 }

@@ -9,6 +9,8 @@
 #include <memory>
 #include <thread>
 
+#include "ThreadHandOver.h"
+
 namespace lumagrid {
 
 namespace {
@@ -68,7 +70,8 @@ QThreadPool& workerPool() {
 
 void startWork(std::function<void()> work, int priority) {
   workerPool().start(
-      [work = std::move(work)] {
+      [handed = HandedOver(std::move(work))]() mutable {
+        const auto work = handed.take();
         enterWorker();
         work();
       },

@@ -8,9 +8,9 @@ if(LUMAGRID_WERROR)
   target_compile_options(lumagrid_options INTERFACE -Werror)
 endif()
 if(LUMAGRID_SANITIZE)
-  target_compile_options(lumagrid_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
+  target_compile_options(lumagrid_options INTERFACE -fsanitize=${LUMAGRID_SANITIZE} -fno-sanitize-recover=undefined
                                                    -fno-omit-frame-pointer)
-  target_link_options(lumagrid_options INTERFACE -fsanitize=address,undefined)
+  target_link_options(lumagrid_options INTERFACE -fsanitize=${LUMAGRID_SANITIZE})
 endif()
 
 # The folders of these files, relative to the current one, are on the include path of NAME and of those who link it.

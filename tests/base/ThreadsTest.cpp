@@ -146,7 +146,7 @@ class ThreadsTest : public QObject {
 
   // The C library would keep what lies between blocks that are still in use. (A sanitizer keeps all of it on purpose.)
   void freedMemoryGoesBackToTheSystem() {
-#ifndef __SANITIZE_ADDRESS__
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
     constexpr std::size_t kBlock = 64 << 10;
     const auto residentBytes = [] {
       QFile file(QStringLiteral("/proc/self/statm"));
