@@ -8,8 +8,11 @@
 
 namespace lumagrid {
 
-// The families of files that are opened, told apart by their first bytes alone.
-enum class ImageFormat { jpeg, png, gif, webp, bmp, tiff, heif };
+// The families of files that are opened (base/PictureFormats.def), told apart by their first bytes alone.
+enum class ImageFormat {
+#define LUMAGRID_FORMAT(identifier, ...) identifier,
+#include "PictureFormats.def"
+};
 
 // Nothing for any other content, vector graphics and documents included.
 [[nodiscard]] std::optional<ImageFormat> sniffImageFormat(QByteArrayView head);
@@ -30,12 +33,13 @@ using ImageCodec = DecodedImage (*)(const CodecRequest& request);
 // one.
 [[nodiscard]] std::span<const ImageCodec> codecsFor(ImageFormat format);
 
-DecodedImage decodeJpeg(const CodecRequest& request);
-DecodedImage decodePng(const CodecRequest& request);
-DecodedImage decodeGif(const CodecRequest& request);
-DecodedImage decodeWebp(const CodecRequest& request);
-DecodedImage decodeBmp(const CodecRequest& request);
-DecodedImage decodeTiff(const CodecRequest& request);
-DecodedImage decodeHeif(const CodecRequest& request);
+// The functions that the table of formats names: whether a file that begins with `head` is of the format, and the
+// codecs. Each is defined by its codec's own source.
+using FormatTest = bool(QByteArrayView head);
+using CodecFunction = DecodedImage(const CodecRequest& request);
+#define LUMAGRID_FORMAT(identifier, names, extensions, mimeTypes, test, ...) \
+  FormatTest test;                                                           \
+  CodecFunction __VA_ARGS__;
+#include "PictureFormats.def"
 
 }  // namespace lumagrid

@@ -16,15 +16,18 @@ namespace lumagrid {
 
 namespace {
 
-constexpr std::array<const char*, 11> kSupportedExtensions = {"jpg",  "jpeg", "png",  "gif", "webp", "bmp",
-                                                              "avif", "heic", "heif", "tif", "tiff"};
+// Of all formats, each followed by a space.
+constexpr char kExtensions[] =
+#define LUMAGRID_FORMAT(identifier, names, extensions, ...) extensions " "
+#include "PictureFormats.def"
+    ;
 
 bool hasSupportedExtension(QByteArrayView name) {
   const qsizetype dot = name.lastIndexOf('.');
   if (dot < 0) return false;
-  const QByteArrayView extension = name.sliced(dot + 1);
-  return std::any_of(kSupportedExtensions.begin(), kSupportedExtensions.end(), [extension](const char* supported) {
-    return extension.compare(supported, Qt::CaseInsensitive) == 0;
+  static const QList<QByteArray> supported = QByteArray(kExtensions).trimmed().split(' ');
+  return std::any_of(supported.begin(), supported.end(), [extension = name.sliced(dot + 1)](const QByteArray& known) {
+    return extension.compare(known, Qt::CaseInsensitive) == 0;
   });
 }
 

@@ -145,6 +145,14 @@ bool isCredible(const BmpFile& file) {
 
 }  // namespace
 
+// "BM" alone is too little: the size of the header that follows (12 to 124 bytes) decides.
+bool isBmp(QByteArrayView head) {
+  const bool isArray = head.startsWith("BA");
+  if ((!isArray && !head.startsWith("BM")) || head.size() < 32) return false;
+  const auto headerSize = qFromLittleEndian<std::uint32_t>(head.data() + (isArray ? 28 : 14));
+  return headerSize >= 12 && headerSize <= 124;
+}
+
 DecodedImage decodeBmp(const CodecRequest& request) {
   const auto file = bmpFile(request.bytes);
   if (!file) return {{}, ImageError::damaged};

@@ -1,5 +1,8 @@
 #include <libheif/heif.h>
 
+#include <QtEndian>
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "HeifObjects.h"
@@ -74,6 +77,19 @@ QImage::Format formatOf(const heif_image_handle* handle, bool isDeep) {
 }
 
 }  // namespace
+
+// A file type box that names a still or moving picture format, as its main brand or among the compatible ones.
+bool isHeif(QByteArrayView head) {
+  constexpr std::array<QByteArrayView, 13> kBrands = {"heic", "heix", "hevc", "hevx", "heim", "heis", "hevm",
+                                                      "hevs", "mif1", "mif2", "msf1", "avif", "avis"};
+  if (head.size() < 16 || head.sliced(4, 4) != QByteArrayView("ftyp")) return false;
+  const qsizetype boxEnd = std::min<qsizetype>(qFromBigEndian<std::uint32_t>(head.data()), head.size());
+  for (qsizetype at = 8; at + 4 <= boxEnd; at += 4) {
+    if (at == 12) continue;  // the minor version
+    if (std::find(kBrands.begin(), kBrands.end(), head.sliced(at, 4)) != kBrands.end()) return true;
+  }
+  return false;
+}
 
 // The primary image, be it one, a grid or the first of a sequence. The library turns, mirrors and crops as the file's
 // own properties say, so that an orientation in EXIF data is a copy of what was done already.

@@ -125,6 +125,10 @@ bool isCredible(const PngReader& reader, const PngFile& file) {
 
 }  // namespace
 
+bool isPng(QByteArrayView head) {
+  return head.startsWith("\x89PNG\r\n\x1a\n");
+}
+
 DecodedImage decodePng(const CodecRequest& request) {
   const std::optional<PngFile> file = pngFile(request.bytes);
   if (!file) return {{}, ImageError::damaged};

@@ -32,6 +32,10 @@ DecodedImage readWith(const char* format, Packing packing, QByteArrayView file) 
 
 }  // namespace
 
+bool isGif(QByteArrayView head) {
+  return head.startsWith("GIF87a") || head.startsWith("GIF89a");
+}
+
 DecodedImage decodeGif(const CodecRequest& request) {
   DecodedImage canvas = readWith("gif", Packing::limited, request.bytes);
   if (canvas.error != ImageError::none) return canvas;
@@ -39,6 +43,10 @@ DecodedImage decodeGif(const CodecRequest& request) {
   RawPicture picture;
   picture.pixels = std::move(canvas.pixels);
   return finished(std::move(picture), request.bound);
+}
+
+bool isWebp(QByteArrayView head) {
+  return head.startsWith("RIFF") && head.size() >= 12 && head.sliced(8, 4) == QByteArrayView("WEBP");
 }
 
 DecodedImage decodeWebp(const CodecRequest& request) {

@@ -25,6 +25,10 @@ int fewestEighths(QSize size, QSize target) {
 
 }  // namespace
 
+bool isJpeg(QByteArrayView head) {
+  return head.startsWith("\xff\xd8");  // junk may follow
+}
+
 DecodedImage decodeJpeg(const CodecRequest& request) {
   JpegReader reader(request.bytes);
   if (!reader.readHeader(JpegReader::Markers::saved)) return {{}, reader.error()};

@@ -217,6 +217,13 @@ PictureMetadata metadataOf(TIFF* tiff) {
 
 }  // namespace
 
+bool isTiff(QByteArrayView head) {
+  for (const char* const magic : {"II*\0", "MM\0*", "II+\0", "MM\0+"}) {  // little- and big-endian, TIFF and BigTIFF
+    if (head.startsWith(QByteArrayView(magic, 4))) return true;
+  }
+  return false;
+}
+
 DecodedImage decodeTiff(const CodecRequest& request) {
   Source source{request.bytes};
   const Tiff tiff = open(source);
