@@ -40,8 +40,7 @@ void scaleAll(const uchar* from, qsizetype fromStep, Target* to, qsizetype toSte
 }  // namespace
 
 bool isSupported(SampleType type) {
-  const bool isWhole = type.bits == 16 || type.bits == 32 || type.bits == 64;
-  return isWhole || (type.bits == 8 && type.kind != SampleKind::floatingPoint);
+  return type.bits == 16 || type.bits == 32 || (type.bits == 8 && type.kind != SampleKind::floatingPoint);
 }
 
 template <typename Target>
@@ -50,14 +49,12 @@ void scaleSamples(SampleType type, const uchar* from, qsizetype fromStep, Target
   if (type.kind == SampleKind::floatingPoint) {
     if (type.bits == 16) scaleAll<qfloat16>(from, fromStep, to, toStep, count);
     if (type.bits == 32) scaleAll<float>(from, fromStep, to, toStep, count);
-    if (type.bits == 64) scaleAll<double>(from, fromStep, to, toStep, count);
     return;
   }
-  const quint64 sign = type.kind == SampleKind::signedInteger ? quint64{1} << (type.bits - 1) : 0;
+  const quint32 sign = type.kind == SampleKind::signedInteger ? 1U << (type.bits - 1) : 0;
   if (type.bits == 8) scaleAll(from, fromStep, to, toStep, count, static_cast<quint8>(sign));
   if (type.bits == 16) scaleAll(from, fromStep, to, toStep, count, static_cast<quint16>(sign));
-  if (type.bits == 32) scaleAll(from, fromStep, to, toStep, count, static_cast<quint32>(sign));
-  if (type.bits == 64) scaleAll(from, fromStep, to, toStep, count, sign);
+  if (type.bits == 32) scaleAll(from, fromStep, to, toStep, count, sign);
 }
 
 template void scaleSamples(SampleType, const uchar*, qsizetype, uchar*, qsizetype, qsizetype);

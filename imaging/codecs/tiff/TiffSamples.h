@@ -11,7 +11,7 @@ struct SampleType {
   int bits = 8;
 };
 
-// Whole integers of 8 to 64 bits, IEEE numbers of 16 to 64 bits.
+// Integers of 8, 16 and 32 bits, IEEE numbers of 16 and 32 bits.
 [[nodiscard]] bool isSupported(SampleType type);
 
 // Brings `count` samples to the full range of the target (uchar or quint16). Integers keep their upper bits, signed
