@@ -10,6 +10,7 @@
 #include <ctime>
 #include <random>
 
+#include "Figures.h"
 #include "SamplePictures.h"
 
 namespace lumagrid {
@@ -105,6 +106,26 @@ Times median(const std::vector<Times>& times) {
     return *middle;
   };
   return {middleOf(&Times::processor), middleOf(&Times::clock)};
+}
+
+void report(const std::string& name, const std::string& referenceName, const std::vector<Comparison>& photos) {
+  if (photos.empty()) return;
+  const auto sorted = [&photos](const auto& valueOf) {
+    std::vector<double> values;
+    for (const Comparison& photo : photos) values.push_back(valueOf(photo));
+    std::sort(values.begin(), values.end());
+    return values;
+  };
+  const auto middle = photos.size() / 2;
+  const auto reportOne = [&](double Times::*kind, const char* of, const char* meaning) {
+    const auto ours = sorted([kind](const Comparison& photo) { return photo.ours.*kind; });
+    const auto reference = sorted([kind](const Comparison& photo) { return photo.reference.*kind; });
+    const auto ratios = sorted([kind](const Comparison& photo) { return photo.ours.*kind / photo.reference.*kind; });
+    report(Figure{name + of, milliseconds(ours[middle]), referenceName + " " + milliseconds(reference[middle]),
+                  ratio(ratios.front()) + "  " + ratio(ratios[middle]) + "  " + ratio(ratios.back()), meaning});
+  };
+  reportOne(&Times::processor, ", processor", "least, median and largest ratio of the photos; what a photo costs");
+  reportOne(&Times::clock, ", clock", "the same ratios of what one waits; below the processor's: cores side by side");
 }
 
 }  // namespace lumagrid

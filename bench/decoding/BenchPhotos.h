@@ -53,4 +53,9 @@ template <typename Ours, typename Reference>
   return {median(oursTimes), median(referenceTimes)};
 }
 
+// Reports the comparisons of all photos as two figures: the processors' time, and the clock's, which shows what several
+// cores gain on a machine that does nothing else. Each has the medians of both ways, and of the ratios the least, the
+// median and the largest.
+void report(const std::string& name, const std::string& referenceName, const std::vector<Comparison>& photos);
+
 }  // namespace lumagrid

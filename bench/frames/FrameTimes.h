@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "Figures.h"
+
 // What each frame costs this process, in milliseconds, from the moment the window is asked to draw until its buffers
 // are swapped. The beginning is the request on the main thread, so that polishing counts; with a render thread of its
 // own the end comes from there.
@@ -41,20 +43,20 @@ class FrameTimes : public QObject {
   std::vector<double> m_milliseconds;
 };
 
-// One line that tells how `milliseconds` are distributed; none for none.
-inline void report(const char* name, std::vector<double> milliseconds) {
+// Reports how `milliseconds` are distributed, against a frame of a display of 60 Hz; nothing for none.
+inline void report(const char* name, const char* meaning, std::vector<double> milliseconds) {
   if (milliseconds.empty()) return;
   std::sort(milliseconds.begin(), milliseconds.end());
   const auto at = [&](double share) {
     return milliseconds[static_cast<std::size_t>(share * static_cast<double>(milliseconds.size() - 1))];
   };
-  const auto above = [&](double limit) {
-    const auto count = milliseconds.end() - std::upper_bound(milliseconds.begin(), milliseconds.end(), limit);
-    return 100.0 * static_cast<double>(count) / static_cast<double>(milliseconds.size());
-  };
-  std::printf(
-      "%-24s %4zu times  median %6.2f  p95 %6.2f  p99 %6.2f  max %6.2f ms  >16.7 ms %5.1f %%  >33 ms %5.1f %%\n", name,
-      milliseconds.size(), at(0.5), at(0.95), at(0.99), milliseconds.back(), above(16.7), above(33));
+  constexpr double kFrame = 16.7;
+  const auto late = milliseconds.end() - std::upper_bound(milliseconds.begin(), milliseconds.end(), kFrame);
+  char distribution[96];
+  std::snprintf(distribution, sizeof(distribution), "p95 %.1f  p99 %.1f  max %.1f ms, %td of %zu later", at(0.95),
+                at(0.99), milliseconds.back(), late, milliseconds.size());
+  lumagrid::report(
+      lumagrid::Figure{name, lumagrid::milliseconds(at(0.5)), "a frame of 60 Hz, 16.7 ms", distribution, meaning});
 }
 
 // Turns the event loop until the next frame is on screen.

@@ -65,21 +65,21 @@ int main(int argc, char* argv[]) {
     nextFrame(window);
     steps.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6);
   });
-  report("new photo to its frame", steps);
+  report("new photo to its frame", "what a step shows the photo after, its decode apart", steps);
   (void)times.take();
 
   const auto pinch = [&view](double t) { view.setZoomScale(1 + 1.5 * (1 - std::cos(2 * std::numbers::pi * t))); };
   gesture(window, 240, pinch);
-  report("first pinch 1-4-1", times.take());
+  report("first pinch 1-4-1", "a frame while the photo is zoomed and uploaded", times.take());
   gesture(window, 240, pinch);
-  report("second pinch 1-4-1", times.take());
+  report("second pinch 1-4-1", "a frame while the photo is zoomed", times.take());
   view.setZoomScale(4);
   gesture(window, 30, [](double) {});
   (void)times.take();
   gesture(window, 240, [&view](double t) {
     view.setOffset({1500 * std::sin(2 * std::numbers::pi * t), 900 * std::sin(4 * std::numbers::pi * t)});
   });
-  report("drag at 4", times.take());
+  report("drag at 4", "a frame while the photo is panned", times.take());
   std::vector<double> springs;
   for (int i = 0; i < 4; ++i) {
     view.setZoomScale(4);
@@ -97,6 +97,6 @@ int main(int argc, char* argv[]) {
     const std::vector<double> spring = times.take();
     springs.insert(springs.end(), spring.begin(), spring.end());
   }
-  report("four springs 4-1", springs);
+  report("four springs 4-1", "a frame while the photo springs back", springs);
   return 0;
 }
