@@ -3,8 +3,8 @@
 #include <QColorSpace>
 #include <algorithm>
 
-#include "AreaScaling.h"
 #include "MemoryLimit.h"
+#include "ShownSize.h"
 #include "Upright.h"
 
 namespace lumagrid {
@@ -47,18 +47,20 @@ DecodedImage finished(RawPicture picture, std::int64_t bound) {
   QSize target = shownSize(stored, metadata.pixelAspect, bound);
   if (!isPictureSizeSane(target.width(), target.height())) target = shownSize(stored, 1, bound);
 
+  // Every pixel is the mean of the area that it covers, in the same format; alpha must be premultiplied.
+  const auto scale = [&] { pixels = pixels.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation); };
   const auto toSrgb = [&] { pixels = convertedToSrgb(std::move(pixels), picture.model, metadata.iccProfile); };
   const bool isPlain = picture.model == ColorModel::rgb || picture.model == ColorModel::gray;
   if (isPlain && metadata.iccProfile.isEmpty() && pixels.format() == QImage::Format_RGBA8888_Premultiplied) {
-    pixels = scaledTo(std::move(pixels), target);
+    scale();
   } else {
     const QImage::Format format = workFormat(pixels);
     if (isPlain) pixels = std::move(pixels).convertToFormat(format);
     const bool isScalableFirst = isPlain && pixels.format() == QImage::Format_RGBX8888;
-    if (isScalableFirst) pixels = scaledTo(std::move(pixels), target);
+    if (isScalableFirst) scale();
     toSrgb();
     if (pixels.hasAlphaChannel()) pixels = std::move(pixels).convertToFormat(QImage::Format_RGBA8888_Premultiplied);
-    if (!isScalableFirst) pixels = scaledTo(std::move(pixels), target);
+    if (!isScalableFirst) scale();
   }
   if (pixels.hasAlphaChannel() && isOpaque(pixels)) pixels.reinterpretAsFormat(QImage::Format_RGBX8888);
   pixels = upright(std::move(pixels), metadata.orientation);

@@ -1,8 +1,6 @@
 #include "PhotoPyramid.h"
-#include "WorkerPool.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 
 namespace lumagrid {
@@ -19,83 +17,6 @@ QImage inTextureFormat(QImage photo) {
 
 QSize halvedSize(QSize size) {
   return {(size.width() + 1) / 2, (size.height() + 1) / 2};
-}
-
-// The source pixels that make one target pixel, with weights that add up to 256.
-struct Span {
-  int first = 0;
-  int count = 0;
-  std::size_t weights = 0;  // index of the first weight
-};
-
-struct Filter {
-  std::vector<Span> spans;
-  std::vector<std::uint16_t> weights;
-};
-
-Filter areaFilter(int source, int target) {
-  Filter filter;
-  const double ratio = static_cast<double>(source) / target;
-  for (int i = 0; i < target; ++i) {
-    const double begin = i * ratio;
-    const double end = std::min((i + 1) * ratio, static_cast<double>(source));
-    const int first = std::min(static_cast<int>(begin), source - 1);
-    const int last = std::clamp(static_cast<int>(std::ceil(end)) - 1, first, source - 1);
-    filter.spans.push_back({first, last - first + 1, filter.weights.size()});
-    // Rounding the running sum instead of each weight keeps the total exact, so that white stays white.
-    long given = 0;
-    for (int j = first; j <= last; ++j) {
-      const double covered = j == last ? 1.0 : (j + 1 - begin) / (end - begin);
-      const long sum = std::lround(256 * covered);
-      filter.weights.push_back(static_cast<std::uint16_t>(sum - given));
-      given = sum;
-    }
-  }
-  return filter;
-}
-
-// sums[i] = the weighted sum of the span's rows at byte i: at most 255 * 256, which fits.
-void sumRows(const QImage& image, const Span& span, const std::uint16_t* weights, std::vector<std::uint16_t>& sums) {
-  constexpr int kRowsAtOnce = 4;  // fewer passes over the sums
-  const std::size_t bytes = sums.size();
-  for (int start = 0; start < span.count; start += kRowsAtOnce) {
-    const std::uint8_t* rows[kRowsAtOnce];
-    std::uint16_t w[kRowsAtOnce];
-    for (int k = 0; k < kRowsAtOnce; ++k) {
-      const bool inside = start + k < span.count;
-      rows[k] = image.constScanLine(span.first + (inside ? start + k : start));
-      w[k] = inside ? weights[start + k] : std::uint16_t{0};
-    }
-    std::uint16_t* const out = sums.data();
-    const auto weighted = [&rows, &w](std::size_t i) {
-      return static_cast<std::uint16_t>(rows[0][i] * w[0] + rows[1][i] * w[1] + rows[2][i] * w[2] + rows[3][i] * w[3]);
-    };
-    if (start == 0) {
-      for (std::size_t i = 0; i < bytes; ++i) {
-        out[i] = weighted(i);
-      }
-    } else {
-      for (std::size_t i = 0; i < bytes; ++i) {
-        out[i] = static_cast<std::uint16_t>(out[i] + weighted(i));
-      }
-    }
-  }
-}
-
-void sumColumns(const std::vector<std::uint16_t>& sums, const Filter& columns, std::uint8_t* out) {
-  for (const Span& span : columns.spans) {
-    const std::uint16_t* texel = sums.data() + 4 * static_cast<std::size_t>(span.first);
-    const std::uint16_t* weight = columns.weights.data() + span.weights;
-    std::uint32_t total[4] = {};
-    for (int k = 0; k < span.count; ++k, texel += 4) {
-      for (int c = 0; c < 4; ++c) {
-        total[c] += static_cast<std::uint32_t>(texel[c]) * weight[k];
-      }
-    }
-    for (int c = 0; c < 4; ++c) {
-      *out++ = static_cast<std::uint8_t>((total[c] + 0x8000) >> 16);
-    }
-  }
 }
 
 }  // namespace
@@ -146,10 +67,7 @@ QImage PhotoPyramid::fitted(QSize pixels) const {
       }
     }
   }
-  if (source.size() == pixels) {
-    return source;
-  }
-  return areaScaled(source, pixels);
+  return source.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 QImage halved(const QImage& image, const std::stop_token& stop) {
@@ -179,25 +97,6 @@ QImage halved(const QImage& image, const std::stop_token& stop) {
       out[pairs] = average(upper[2 * pairs], upper[2 * pairs], lower[2 * pairs], lower[2 * pairs]);
     }
   }
-  return result;
-}
-
-QImage areaScaled(const QImage& image, QSize size) {
-  constexpr int kRowsPerBand = 16;  // small enough that no thread waits long for another's last band
-  QImage result(size, image.format());
-  const Filter rows = areaFilter(image.height(), size.height());
-  const Filter columns = areaFilter(image.width(), size.width());
-  std::uint8_t* const bits = result.bits();
-  const qsizetype bytesPerLine = result.bytesPerLine();
-  parallelFor((size.height() + kRowsPerBand - 1) / kRowsPerBand, [&](int band) {
-    std::vector<std::uint16_t> sums(4 * static_cast<std::size_t>(image.width()));
-    const int end = std::min((band + 1) * kRowsPerBand, size.height());
-    for (int y = band * kRowsPerBand; y < end; ++y) {
-      const Span& span = rows.spans[static_cast<std::size_t>(y)];
-      sumRows(image, span, rows.weights.data() + span.weights, sums);
-      sumColumns(sums, columns, bits + y * bytesPerLine);
-    }
-  });
   return result;
 }
 

@@ -33,7 +33,7 @@ class PhotoPyramid {
   bool buildNextLevel(const std::stop_token& stop = {});
 
   // The photo in exactly `pixels` (each side no larger than the photo's), averaged by area from the coarsest level that
-  // still has twice as many; spread over the machine's cores.
+  // still has twice as many.
   [[nodiscard]] QImage fitted(QSize pixels) const;
 
  private:
@@ -44,9 +44,5 @@ class PhotoPyramid {
 
 // The average of each 2 x 2 pixels, in the same format; sizes round up. Null when stopped, or without memory for it.
 [[nodiscard]] QImage halved(const QImage& image, const std::stop_token& stop = {});
-
-// `image` (32 bits a pixel, opaque or premultiplied) in `size` pixels: each becomes the average of the area that it
-// covers, parts of pixels by their share, in steps of 1/256. On all cores.
-[[nodiscard]] QImage areaScaled(const QImage& image, QSize size);
 
 }  // namespace lumagrid

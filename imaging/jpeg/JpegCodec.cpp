@@ -1,12 +1,12 @@
 #include <algorithm>
 
-#include "AreaScaling.h"
 #include "BaselineJpegEighth.h"
 #include "ImageCodec.h"
 #include "JpegReader.h"
 #include "JpegStrips.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
+#include "ShownSize.h"
 #include "WorkerPool.h"
 
 namespace lumagrid {

@@ -5,7 +5,6 @@
 #include <QtEndian>
 #include <memory>
 
-#include "AreaScaling.h"
 #include "ColorConversion.h"
 #include "SamplePictures.h"
 
@@ -349,17 +348,18 @@ class ImagePixelsTest : public QObject {
 
   void scaledPixelsAreMeansOfTheirAreas() {
     // One white column in four, so that each pixel of the result covers 7/3 columns.
-    QImage stripes = filled(Qt::black, {7, 2}, QImage::Format_RGBA8888_Premultiplied);
+    QImage stripes = filled(Qt::black, {7, 2});
     for (const int x : {0, 4}) {
       for (const int y : {0, 1}) stripes.setPixelColor(x, y, Qt::white);
     }
-    const QImage scaled = scaledTo(stripes, {3, 1});
+    const QImage scaled = decoded(encoded(stripes, "png"), 3).pixels;
+    QCOMPARE(scaled.size(), QSize(3, 1));
     for (int x = 0; x < 3; ++x) {
-      const int mean = qRound(255 * (1 - x / 3.0) / (7.0 / 3));
-      QCOMPARE(scaled.pixel(x, 0), qRgb(mean, mean, mean));
+      const double mean = 255 * (1 - x / 3.0) / (7.0 / 3);
+      QVERIFY(std::abs(qRed(scaled.pixel(x, 0)) - mean) <= 1);
     }
-    const QSize size(123, 45);
-    QCOMPARE(scaledTo(filled(Qt::white, {999, 777}, QImage::Format_RGBX8888), size),
+    const QSize size(123, 92);
+    QCOMPARE(decoded(encoded(filled(Qt::white, {1000, 750}), "png"), 123).pixels,
              filled(Qt::white, size, QImage::Format_RGBX8888));
   }
 };
