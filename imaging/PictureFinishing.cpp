@@ -39,7 +39,7 @@ double pixelAspectOf(double horizontalDensity, double verticalDensity) {
   return stretch < 1 + kTolerance || stretch > kLargest ? 1 : aspect;
 }
 
-DecodedImage finished(RawPicture picture, std::int64_t bound) {
+DecodedImage finishedPicture(RawPicture picture, std::int64_t bound) {
   QImage pixels = std::move(picture.pixels);
   if (pixels.isNull()) return {{}, ImageError::damaged};
   const PictureMetadata& metadata = picture.metadata;

@@ -6,7 +6,8 @@
 
 namespace lumagrid {
 
-// The colors that the system gives to a window, sRGB. Both content colors are see-through, and keep a contrast of at
+// The neutral colors of a window, sRGB, one set for each color scheme. They are the program's own: desktops say
+// whether they are light or dark, and seldom more. Both content colors are see-through, and keep a contrast of at
 // least 4.5:1 on the window background and on every backdrop of the window. A value; any thread.
 struct SystemColors {
   QColor primaryContent;    // text and icons

@@ -25,16 +25,16 @@ QByteArray cacheKey(const FileUrl& file, std::int64_t bound) {
   return file.path() + '#' + QByteArray::number(bound);
 }
 
-// While it lives, nobody else makes the thumbnail of `key`: whoever wants to waits in its constructor.
-class Making {
+// While it lives, no other thread makes the thumbnail of `key`: whoever wants to waits in the constructor.
+class ThumbnailLock {
  public:
-  explicit Making(const QByteArray& key) : m_key(key) {
+  explicit ThumbnailLock(const QByteArray& key) : m_key(key) {
     std::unique_lock lock(s_mutex);
     s_ended.wait(lock, [&] { return s_keys.insert(m_key).second; });
   }
-  Making(const Making&) = delete;
-  Making& operator=(const Making&) = delete;
-  ~Making() {
+  ThumbnailLock(const ThumbnailLock&) = delete;
+  ThumbnailLock& operator=(const ThumbnailLock&) = delete;
+  ~ThumbnailLock() {
     {
       const std::scoped_lock lock(s_mutex);
       s_keys.erase(m_key);
@@ -64,7 +64,7 @@ QImage thumbnail(const FileUrl& file, double maxPixelSize) {
   const auto bound = static_cast<std::int64_t>(maxPixelSize);
   const QByteArray key = cacheKey(file, bound);
   if (const auto cached = cache().object(key)) return *cached;
-  const Making making(key);
+  const ThumbnailLock lock(key);
   if (const auto cached = cache().object(key)) return *cached;
   ImageDecoder* const decoder = s_decoder;
   if (!decoder) return {};

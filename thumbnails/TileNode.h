@@ -22,8 +22,10 @@ struct TileLook {
 };
 
 // The layers of a tile, back to front: shadow, card, thumbnail or spinner, dimming, badge, border, focus ring. Render
-// thread, with the main thread blocked. A transform node, though it moves nothing: the software renderer places a layer
-// that changes later by what it remembers of the layer's parent, and of plain nodes it remembers nothing.
+// thread, with the main thread blocked.
+//
+// A transform node, with the identity for its matrix, for the sake of the software renderer: that draws a single layer
+// anew where it keeps a position for the layer's parent, and it keeps one for transform, clip and opacity nodes only.
 class TileNode : public QSGTransformNode {
  public:
   TileNode();
@@ -40,7 +42,7 @@ class TileNode : public QSGTransformNode {
    private:
     QSGImageNode* m_node = nullptr;
     std::shared_ptr<QSGTexture> m_shared;
-    qint64 m_imageKey = 0;
+    std::int64_t m_imageKey = 0;
   };
 
   void updateContent(QQuickWindow* window, const TileLook& look);

@@ -35,14 +35,14 @@ void readMasked(const BmpFile& file, const uchar* from, uchar* to) {
   std::array<int, 4> shifts{};
   std::array<float, 4> scales{};
   for (size_t channel = 0; channel < 4; ++channel) {
-    const quint32 mask = file.masks[channel];
+    const std::uint32_t mask = file.masks[channel];
     if (mask == 0) continue;
     while ((mask >> shifts[channel] & 1) == 0) ++shifts[channel];
     scales[channel] = 255 / static_cast<float>(mask >> shifts[channel]);
   }
   const float rest = file.masks[3] == 0 ? 255.5F : 0.5F;
   for (int x = 0; x < file.size.width(); ++x, from += sizeof(Pixel), to += 4) {
-    const quint32 pixel = qFromLittleEndian<Pixel>(from);
+    const std::uint32_t pixel = qFromLittleEndian<Pixel>(from);
     for (size_t channel = 0; channel < 4; ++channel) {
       const auto value = static_cast<float>((pixel & file.masks[channel]) >> shifts[channel]);
       to[channel] = static_cast<uchar>(value * scales[channel] + (channel == 3 ? rest : 0.5F));
@@ -64,11 +64,11 @@ void readBytes(const BmpFile& file, const uchar* from, uchar* to) {
 // Linear light from 0 to 1 in steps of 1/8192, and beyond.
 void readFixedPoint(const BmpFile& file, const uchar* from, uchar* to) {
   constexpr int kOne = 8192;
-  auto* target = reinterpret_cast<quint16*>(to);
+  auto* target = reinterpret_cast<std::uint16_t*>(to);
   for (int x = 0; x < file.size.width(); ++x, from += 8, target += 4) {
     for (const int channel : {0, 1, 2, 3}) {
-      const int value = qFromLittleEndian<qint16>(from + (channel == 3 ? 3 : 2 - channel) * 2);
-      target[channel] = static_cast<quint16>(std::clamp(value, 0, kOne) * 65535 / kOne);
+      const int value = qFromLittleEndian<std::int16_t>(from + (channel == 3 ? 3 : 2 - channel) * 2);
+      target[channel] = static_cast<std::uint16_t>(std::clamp(value, 0, kOne) * 65535 / kOne);
     }
   }
 }
@@ -76,15 +76,15 @@ void readFixedPoint(const BmpFile& file, const uchar* from, uchar* to) {
 using RowReader = void (*)(const BmpFile& file, const uchar* from, uchar* to);
 
 RowReader rowReaderFor(const BmpFile& file) {
-  constexpr std::array<quint32, 4> kUsual = {0xff0000, 0xff00, 0xff, 0};
-  constexpr std::array<quint32, 4> kUsualWithAlpha = {0xff0000, 0xff00, 0xff, 0xff000000};
+  constexpr std::array<std::uint32_t, 4> kUsual = {0xff0000, 0xff00, 0xff, 0};
+  constexpr std::array<std::uint32_t, 4> kUsualWithAlpha = {0xff0000, 0xff00, 0xff, 0xff000000};
   switch (file.bits) {
     case 16:
-      return &readMasked<quint16>;
+      return &readMasked<std::uint16_t>;
     case 24:
       return &readTriples;
     case 32:
-      return file.masks == kUsual || file.masks == kUsualWithAlpha ? &readBytes : &readMasked<quint32>;
+      return file.masks == kUsual || file.masks == kUsualWithAlpha ? &readBytes : &readMasked<std::uint32_t>;
     case 64:
       return &readFixedPoint;
     default:
@@ -116,9 +116,9 @@ QImage readRows(const BmpFile& file) {
   QImage pixels = unsetPixels(file.size, file.bits == 64 ? QImage::Format_RGBA64
                                          : hasAlpha      ? QImage::Format_RGBA8888
                                                          : QImage::Format_RGBX8888);
-  const qint64 rowBytes = (qint64{file.size.width()} * file.bits + 7) / 8;
-  const qint64 stride = (rowBytes + 3) / 4 * 4;
-  const qint64 rowCount = (file.pixels.size() + stride - rowBytes) / stride;
+  const std::int64_t rowBytes = (std::int64_t{file.size.width()} * file.bits + 7) / 8;
+  const std::int64_t stride = (rowBytes + 3) / 4 * 4;
+  const std::int64_t rowCount = (file.pixels.size() + stride - rowBytes) / stride;
   if (pixels.isNull() || rowCount == 0) return {};
   const RowReader read = rowReaderFor(file);
   const auto* from = reinterpret_cast<const uchar*>(file.pixels.data());
@@ -137,8 +137,9 @@ QImage readRows(const BmpFile& file) {
 
 // Whether the file can hold that many pixels. One cut short is shown while it has a sixteenth of them.
 bool isCredible(const BmpFile& file) {
-  const qint64 bits = file.packing == BmpPacking::none ? qint64{file.size.width()} * file.size.height() * file.bits : 0;
-  const qint64 bytes = file.pixels.size();
+  const std::int64_t bits =
+      file.packing == BmpPacking::none ? std::int64_t{file.size.width()} * file.size.height() * file.bits : 0;
+  const std::int64_t bytes = file.pixels.size();
   return isPictureSizeCredible(file.size.width(), file.size.height(), 0) ||
          (isPictureSizeCredible(file.size.width(), file.size.height(), bytes) && bits / 8 / 16 <= bytes);
 }
@@ -163,7 +164,7 @@ DecodedImage decodeBmp(const CodecRequest& request) {
   RawPicture picture;
   picture.metadata = file->metadata;
   picture.pixels = file->packing == BmpPacking::none ? readRows(*file) : bmpRuns(*file);
-  return finished(std::move(picture), request.bound);
+  return finishedPicture(std::move(picture), request.bound);
 }
 
 }  // namespace lumagrid

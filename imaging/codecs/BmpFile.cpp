@@ -5,16 +5,16 @@
 #include <cstdlib>
 #include <limits>
 
-#include "NclxProfile.h"
+#include "IccProfile.h"
 
 namespace lumagrid {
 namespace {
 
 constexpr qsizetype kFileHeaderBytes = 14;
-constexpr quint32 kCoreHeaderBytes = 12;
-constexpr quint32 kInfoHeaderBytes = 40;
-constexpr quint32 kVersion3Bytes = 56;  // the first with a mask for alpha
-constexpr quint32 kVersion5Bytes = 124;
+constexpr std::uint32_t kCoreHeaderBytes = 12;
+constexpr std::uint32_t kInfoHeaderBytes = 40;
+constexpr std::uint32_t kVersion3Bytes = 56;  // the first with a mask for alpha
+constexpr std::uint32_t kVersion5Bytes = 124;
 
 enum Compression { kNone, kRuns8, kRuns4, kMasks, kJpegOrRuns24, kPng, kMasksWithAlpha };
 
@@ -25,22 +25,26 @@ class Header {
     m_bytes = m_bytes.first(std::min<qsizetype>(m_size, m_bytes.size()));
   }
 
-  [[nodiscard]] quint32 size() const { return m_size; }
+  [[nodiscard]] std::uint32_t size() const { return m_size; }
   [[nodiscard]] bool isCore() const { return m_size == kCoreHeaderBytes; }
   [[nodiscard]] bool isWhole() const { return m_size >= kCoreHeaderBytes && m_bytes.size() == m_size; }
-  [[nodiscard]] quint32 number(qsizetype at, qsizetype count) const {
-    quint32 value = 0;
+  [[nodiscard]] std::uint32_t number(qsizetype at, qsizetype count) const {
+    std::uint32_t value = 0;
     for (qsizetype index = std::min(at + count, m_bytes.size()) - 1; index >= at; --index) {
       value = value << 8 | static_cast<uchar>(m_bytes[index]);
     }
     return value;
   }
 
-  [[nodiscard]] std::int64_t width() const { return isCore() ? qint32(number(4, 2)) : qint32(number(4, 4)); }
-  [[nodiscard]] std::int64_t height() const { return isCore() ? qint32(number(6, 2)) : qint32(number(8, 4)); }
+  [[nodiscard]] std::int64_t width() const {
+    return isCore() ? std::int32_t(number(4, 2)) : std::int32_t(number(4, 4));
+  }
+  [[nodiscard]] std::int64_t height() const {
+    return isCore() ? std::int32_t(number(6, 2)) : std::int32_t(number(8, 4));
+  }
   [[nodiscard]] int bits() const { return static_cast<int>(number(isCore() ? 10 : 14, 2)); }
-  [[nodiscard]] quint32 compression() const { return number(16, 4); }
-  [[nodiscard]] quint32 paletteColors() const { return number(32, 4); }
+  [[nodiscard]] std::uint32_t compression() const { return number(16, 4); }
+  [[nodiscard]] std::uint32_t paletteColors() const { return number(32, 4); }
 
   // What follows a header of the plain version, where later ones have it within.
   [[nodiscard]] qsizetype masksBehind() const {
@@ -50,7 +54,7 @@ class Header {
 
  private:
   QByteArrayView m_bytes;
-  quint32 m_size;
+  std::uint32_t m_size;
 };
 
 std::optional<BmpPacking> packingOf(const Header& header) {
@@ -78,19 +82,19 @@ std::optional<BmpPacking> packingOf(const Header& header) {
   }
 }
 
-std::array<quint32, 4> masksOf(QByteArrayView fromHeader, const Header& header) {
-  const quint32 compression = header.compression();
+std::array<std::uint32_t, 4> masksOf(QByteArrayView fromHeader, const Header& header) {
+  const std::uint32_t compression = header.compression();
   if (compression != kMasks && compression != kMasksWithAlpha) {
-    return header.bits() == 16 ? std::array<quint32, 4>{0x7c00, 0x3e0, 0x1f}
-                               : std::array<quint32, 4>{0xff0000, 0xff00, 0xff};
+    return header.bits() == 16 ? std::array<std::uint32_t, 4>{0x7c00, 0x3e0, 0x1f}
+                               : std::array<std::uint32_t, 4>{0xff0000, 0xff00, 0xff};
   }
   constexpr qsizetype kMasksAt = 40;
   const bool hasAlpha = compression == kMasksWithAlpha || header.size() >= kVersion3Bytes;
-  std::array<quint32, 4> masks{};
+  std::array<std::uint32_t, 4> masks{};
   for (qsizetype index = 0; index < (hasAlpha ? 4 : 3); ++index) {
     const qsizetype at = kMasksAt + index * 4;
     if (at + 4 > fromHeader.size()) break;
-    masks[static_cast<size_t>(index)] = qFromLittleEndian<quint32>(fromHeader.data() + at);
+    masks[static_cast<size_t>(index)] = qFromLittleEndian<std::uint32_t>(fromHeader.data() + at);
   }
   return masks;
 }
@@ -116,7 +120,7 @@ std::array<BmpFile::Color, 256> paletteOf(QByteArrayView bytes, const Header& he
 
 // A profile stands in a version 5 header whose colour space is "embedded"; its place counts from that header on.
 QByteArray profileOf(QByteArrayView fromHeader, const Header& header) {
-  constexpr quint32 kEmbedded = 0x4d424544;  // "MBED"
+  constexpr std::uint32_t kEmbedded = 0x4d424544;  // "MBED"
   // The pixels of 64 bits are linear light by definition.
   if (header.bits() == 64) return iccProfileOf(GammaColors{1});
   if (header.size() < kVersion5Bytes || header.number(56, 4) != kEmbedded) return {};
@@ -136,7 +140,7 @@ std::optional<BmpFile> bmpFile(QByteArrayView bytes) {
   const auto packing = packingOf(header);
   const std::int64_t width = header.width();
   const std::int64_t height = header.height();
-  if (!header.isWhole() || !packing || width < 1 || height == 0 || height <= std::numeric_limits<qint32>::min()) {
+  if (!header.isWhole() || !packing || width < 1 || height == 0 || height <= std::numeric_limits<std::int32_t>::min()) {
     return std::nullopt;
   }
   BmpFile file;
@@ -151,7 +155,8 @@ std::optional<BmpFile> bmpFile(QByteArrayView bytes) {
       bytes.sliced(std::min(start + kFileHeaderBytes + qsizetype{header.size()} + header.masksBehind(), bytes.size()));
   const qsizetype paletteEnd = paletteBytes(header);
   // Counted from the beginning of the file; some writers leave it out.
-  qsizetype pixelsAt = qFromLittleEndian<quint32>(bytes.data() + start + 10) - (behindHeaders.data() - bytes.data());
+  qsizetype pixelsAt =
+      qFromLittleEndian<std::uint32_t>(bytes.data() + start + 10) - (behindHeaders.data() - bytes.data());
   if (pixelsAt < 0) pixelsAt = paletteEnd;
   pixelsAt = std::min(pixelsAt, behindHeaders.size());
   file.palette = paletteOf(behindHeaders.first(std::min(paletteEnd, pixelsAt)), header);

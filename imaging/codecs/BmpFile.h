@@ -20,9 +20,9 @@ struct BmpFile {
   bool isTopDown = false;
   int bits = 0;  // per pixel: 1, 2, 4, 8 (of the palette), 16, 24, 32 or 64; 0 for a picture of another format
   BmpPacking packing = BmpPacking::none;
-  std::array<quint32, 4> masks{};    // of red, green, blue and alpha in 16 and 32 bits; 0 where there is none
-  std::array<Color, 256> palette{};  // black behind its end
-  QByteArrayView pixels;             // to the end of the file
+  std::array<std::uint32_t, 4> masks{};  // of red, green, blue and alpha in 16 and 32 bits; 0 where there is none
+  std::array<Color, 256> palette{};      // black behind its end
+  QByteArrayView pixels;                 // to the end of the file
   PictureMetadata metadata;
 };
 

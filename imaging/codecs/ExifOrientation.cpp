@@ -6,12 +6,12 @@ namespace lumagrid {
 namespace {
 
 constexpr int kUpright = 1;
-constexpr quint16 kOrientationTag = 274;
-constexpr quint16 kTypeShort = 3;
-constexpr quint16 kTypeLong = 4;
+constexpr std::uint16_t kOrientationTag = 274;
+constexpr std::uint16_t kTypeShort = 3;
+constexpr std::uint16_t kTypeLong = 4;
 constexpr qsizetype kEntryBytes = 12;
 
-struct Reader {
+struct TiffReader {
   QByteArrayView bytes;
   bool isBigEndian = false;
 
@@ -27,17 +27,18 @@ struct Reader {
 int exifOrientation(QByteArrayView tiff) {
   const bool isBigEndian = tiff.startsWith("MM");
   if (tiff.size() < 8 || (!isBigEndian && !tiff.startsWith("II"))) return kUpright;
-  const Reader reader{tiff, isBigEndian};
-  const qsizetype directory = reader.at<quint32>(4);
+  const TiffReader reader{tiff, isBigEndian};
+  const qsizetype directory = reader.at<std::uint32_t>(4);
   if (directory > tiff.size() - 2) return kUpright;
-  const qsizetype entryCount = reader.at<quint16>(directory);
+  const qsizetype entryCount = reader.at<std::uint16_t>(directory);
   for (qsizetype index = 0; index < entryCount; ++index) {
     const qsizetype entry = directory + 2 + index * kEntryBytes;
     if (entry + kEntryBytes > tiff.size()) return kUpright;
-    if (reader.at<quint16>(entry) != kOrientationTag) continue;
-    const auto type = reader.at<quint16>(entry + 2);
+    if (reader.at<std::uint16_t>(entry) != kOrientationTag) continue;
+    const auto type = reader.at<std::uint16_t>(entry + 2);
     if (type != kTypeShort && type != kTypeLong) return kUpright;
-    const qint64 value = type == kTypeShort ? reader.at<quint16>(entry + 8) : reader.at<quint32>(entry + 8);
+    const std::int64_t value =
+        type == kTypeShort ? reader.at<std::uint16_t>(entry + 8) : reader.at<std::uint32_t>(entry + 8);
     return value >= 1 && value <= 8 ? static_cast<int>(value) : kUpright;
   }
   return kUpright;

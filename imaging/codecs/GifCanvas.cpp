@@ -39,7 +39,7 @@ std::optional<Frame> firstFrame(QByteArrayView file) {
     ++at;
   }
   if (at + 9 >= file.size() || byteAt(file, at) != kImage) return std::nullopt;
-  const auto number = [image = file.data() + at](int index) { return qFromLittleEndian<quint16>(image + index); };
+  const auto number = [image = file.data() + at](int index) { return qFromLittleEndian<std::uint16_t>(image + index); };
   frame.place = {number(1), number(3), number(5), number(7)};
   return frame;
 }

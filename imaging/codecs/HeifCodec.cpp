@@ -7,9 +7,9 @@
 
 #include "HeifObjects.h"
 #include "HeifRange.h"
+#include "IccProfile.h"
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
-#include "NclxProfile.h"
 #include "PictureFinishing.h"
 #include "PixelBuffer.h"
 
@@ -32,14 +32,14 @@ QByteArray profileOf(const heif_image_handle* handle, const heif_image* image) {
     return {};
   }
   const HeifNclx nclx(found);
-  return iccProfileOf(NclxColors{nclx->color_primaries, nclx->transfer_characteristics});
+  return iccProfileOf(CicpColors{nclx->color_primaries, nclx->transfer_characteristics});
 }
 
 // Widens samples of `bits` bits so that the largest value stays the largest.
-void widenRow(const quint16* from, quint16* to, qsizetype count, int bits) {
-  const quint32 largest = (1U << bits) - 1;
+void widenRow(const std::uint16_t* from, std::uint16_t* to, qsizetype count, int bits) {
+  const std::uint32_t largest = (1U << bits) - 1;
   for (qsizetype at = 0; at < count; ++at) {
-    to[at] = static_cast<quint16>((std::min<quint32>(from[at], largest) * 65535U + largest / 2) / largest);
+    to[at] = static_cast<std::uint16_t>((std::min<std::uint32_t>(from[at], largest) * 65535U + largest / 2) / largest);
   }
 }
 
@@ -57,7 +57,7 @@ QImage pixelsOf(const heif_image* image, QImage::Format format) {
   for (int y = 0; y < height; ++y) {
     const uint8_t* row = plane + qsizetype{y} * stride;
     if (isDeep) {
-      widenRow(reinterpret_cast<const quint16*>(row), reinterpret_cast<quint16*>(pixels.scanLine(y)),
+      widenRow(reinterpret_cast<const std::uint16_t*>(row), reinterpret_cast<std::uint16_t*>(pixels.scanLine(y)),
                qsizetype{width} * 4, bits);
     } else {
       std::copy_n(row, qsizetype{width} * 4, pixels.scanLine(y));
@@ -123,7 +123,7 @@ DecodedImage decodeHeif(const CodecRequest& request) {
   picture.metadata.iccProfile = profileOf(handle.get(), image.get());
   image.reset();
   if (!picture.pixels.isNull()) stretchLimitedRange(handle.get(), picture.pixels);
-  return finished(std::move(picture), request.bound);
+  return finishedPicture(std::move(picture), request.bound);
 }
 
 }  // namespace lumagrid

@@ -83,7 +83,7 @@ void stretchGray(const heif_image_handle* handle, QImage& pixels) {
     const uint8_t* from = plane + qsizetype{y} * stride;
     auto* to = reinterpret_cast<Sample*>(pixels.scanLine(y));
     for (int x = 0; x < size.width(); ++x, to += 4) {
-      const int value = bits == 8 ? from[x] : reinterpret_cast<const quint16*>(from)[x];
+      const int value = bits == 8 ? from[x] : reinterpret_cast<const std::uint16_t*>(from)[x];
       to[0] = to[1] = to[2] = stretched<Sample>(value, bits);
     }
   }
@@ -129,7 +129,7 @@ void stretch(const heif_image_handle* handle, QImage& pixels) {
 }  // namespace
 
 void stretchLimitedRange(const heif_image_handle* handle, QImage& pixels) {
-  pixels.depth() == 64 ? stretch<quint16>(handle, pixels) : stretch<uchar>(handle, pixels);
+  pixels.depth() == 64 ? stretch<std::uint16_t>(handle, pixels) : stretch<uchar>(handle, pixels);
 }
 
 }  // namespace lumagrid

@@ -52,7 +52,8 @@ class PngReader {
   bool readHead() {
     return m_png != nullptr && m_info != nullptr && succeeds([this] {
              png_set_read_fn(m_png, &m_pieces, &PngPieces::read);
-             png_set_user_limits(m_png, std::numeric_limits<qint32>::max(), std::numeric_limits<qint32>::max());
+             png_set_user_limits(m_png, std::numeric_limits<std::int32_t>::max(),
+                                 std::numeric_limits<std::int32_t>::max());
              png_set_crc_action(m_png, PNG_CRC_QUIET_USE, PNG_CRC_QUIET_USE);
              png_read_info(m_png, m_info);
            });
@@ -142,7 +143,7 @@ DecodedImage decodePng(const CodecRequest& request) {
   if (reader.isGray()) picture.model = ColorModel::gray;
   // More than 8 bits are of use to the conversion of colours alone.
   picture.pixels = reader.readPixels(reader.isDeep() && !picture.metadata.iccProfile.isEmpty());
-  return finished(std::move(picture), request.bound);
+  return finishedPicture(std::move(picture), request.bound);
 }
 
 }  // namespace lumagrid

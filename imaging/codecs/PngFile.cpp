@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "ExifOrientation.h"
-#include "NclxProfile.h"
+#include "IccProfile.h"
 
 namespace lumagrid {
 namespace {
@@ -15,8 +15,8 @@ constexpr qsizetype kSignatureBytes = 8;
 constexpr qsizetype kLengthAndName = 8;
 constexpr qsizetype kChecksum = 4;
 
-quint32 numberAt(QByteArrayView bytes, qsizetype at) {
-  return qFromBigEndian<quint32>(bytes.data() + at);
+std::uint32_t numberAt(QByteArrayView bytes, qsizetype at) {
+  return qFromBigEndian<std::uint32_t>(bytes.data() + at);
 }
 
 // Unpacks a zlib stream; empty when it is damaged or gives more than a profile may have.
@@ -48,7 +48,7 @@ QByteArray profileOfChunk(QByteArrayView chunk) {
 GammaColors gammaColors(QByteArrayView gama, QByteArrayView chrm) {
   constexpr double kUnit = 100000;
   GammaColors colors;
-  if (const quint32 inverse = numberAt(gama, 0); inverse > 0) colors.gamma = kUnit / inverse;
+  if (const std::uint32_t inverse = numberAt(gama, 0); inverse > 0) colors.gamma = kUnit / inverse;
   if (chrm.size() < 32) return colors;
   for (size_t index = 0; index < colors.chromaticities.size(); ++index) {
     colors.chromaticities[index] = numberAt(chrm, static_cast<qsizetype>(index) * 4) / kUnit;
@@ -75,7 +75,7 @@ struct Chunks {
 QByteArray profileOf(const Chunks& chunks) {
   constexpr char kFullRangeRgb[] = {0, 1};
   if (chunks.cicp.size() == 4 && chunks.cicp.sliced(2) == QByteArrayView(kFullRangeRgb, 2)) {
-    return iccProfileOf(NclxColors{static_cast<uchar>(chunks.cicp[0]), static_cast<uchar>(chunks.cicp[1])});
+    return iccProfileOf(CicpColors{static_cast<uchar>(chunks.cicp[0]), static_cast<uchar>(chunks.cicp[1])});
   }
   if (QByteArray profile = profileOfChunk(chunks.iccp); !profile.isEmpty()) return profile;
   if (!chunks.srgb.isEmpty() || chunks.gama.size() < 4) return {};
@@ -92,7 +92,7 @@ PictureMetadata metadataOf(const Chunks& chunks) {
 
 void appendChunkHeader(QByteArray& head, const char* name, qsizetype length) {
   char bytes[4];
-  qToBigEndian(static_cast<quint32>(length), bytes);
+  qToBigEndian(static_cast<std::uint32_t>(length), bytes);
   head.append(bytes, 4).append(name, 4);
 }
 
@@ -113,7 +113,7 @@ bool isHeaderSound(QByteArrayView bytes, QByteArrayView ihdr) {
 }  // namespace
 
 std::optional<PngFile> pngFile(QByteArrayView bytes) {
-  constexpr qsizetype kLongestChunk = std::numeric_limits<qint32>::max();
+  constexpr qsizetype kLongestChunk = std::numeric_limits<std::int32_t>::max();
   PngFile file;
   Chunks chunks;
   for (qsizetype at = kSignatureBytes; at + kLengthAndName <= bytes.size();) {

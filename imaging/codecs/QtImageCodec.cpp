@@ -42,7 +42,7 @@ DecodedImage decodeGif(const CodecRequest& request) {
   fillGifBackground(request.bytes, canvas.pixels);
   RawPicture picture;
   picture.pixels = std::move(canvas.pixels);
-  return finished(std::move(picture), request.bound);
+  return finishedPicture(std::move(picture), request.bound);
 }
 
 bool isWebp(QByteArrayView head) {
@@ -55,7 +55,7 @@ DecodedImage decodeWebp(const CodecRequest& request) {
   RawPicture picture;
   picture.pixels = std::move(canvas.pixels);
   picture.metadata = webpMetadata(request.bytes);
-  return finished(std::move(picture), request.bound);
+  return finishedPicture(std::move(picture), request.bound);
 }
 
 }  // namespace lumagrid

@@ -11,7 +11,7 @@ PictureMetadata webpMetadata(QByteArrayView file) {
   PictureMetadata metadata;
   qsizetype at = kFileHeader;
   while (at + kChunkHeader <= file.size()) {
-    const qsizetype length = qFromLittleEndian<quint32>(file.data() + at + 4);
+    const qsizetype length = qFromLittleEndian<std::uint32_t>(file.data() + at + 4);
     if (length > file.size() - at - kChunkHeader) break;
     const QByteArrayView name = file.sliced(at, 4);
     const QByteArrayView chunk = file.sliced(at + kChunkHeader, length);

@@ -32,10 +32,10 @@ struct Conversion {
   Transform transform;                       // null: the pixels stay as they are
   std::unique_ptr<MatrixConversion> matrix;  // does the same for 8 bits in less time; null: it cannot
   ColorModel model = ColorModel::rgb;
-  std::array<quint32, 256> grays{};  // the pixel of each gray, for gray profiles
+  std::array<std::uint32_t, 256> grays{};  // the pixel of each gray, for gray profiles
 };
 
-bool isInks(ColorModel model) {
+bool isCmyk(ColorModel model) {
   return model == ColorModel::cmyk || model == ColorModel::invertedCmyk;
 }
 
@@ -114,7 +114,7 @@ std::shared_ptr<const Conversion> makeConversion(const QByteArray& iccProfile, C
   // A gray picture may carry an RGB profile: its values stand in all three channels.
   if (model == ColorModel::gray && space == cmsSigRgbData) model = ColorModel::rgb;
   conversion->model = model;
-  const cmsColorSpaceSignature wanted = isInks(model)               ? cmsSigCmykData
+  const cmsColorSpaceSignature wanted = isCmyk(model)               ? cmsSigCmykData
                                         : model == ColorModel::gray ? cmsSigGrayData
                                         : model == ColorModel::lab  ? cmsSigLabData
                                                                     : cmsSigRgbData;
@@ -172,7 +172,7 @@ void setOpaque(uchar* pixel, int count) {
 
 void convertRow(const Conversion& conversion, ColorModel model, uchar* row, int count) {
   cmsHTRANSFORM transform = conversion.transform.get();
-  if (isInks(model)) {
+  if (isCmyk(model)) {
     if (!transform) return filterLight(row, count, model);
     cmsDoTransform(transform, row, row, static_cast<cmsUInt32Number>(count));
     setOpaque(row, count);
@@ -207,8 +207,8 @@ QImage convertedToSrgb(QImage pixels, ColorModel model, const QByteArray& iccPro
   const QImage::Format result = pixels.hasAlphaChannel() ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888;
   const auto conversion =
       iccProfile.isEmpty() ? std::make_shared<const Conversion>() : conversionFor(iccProfile, model, depth);
-  if (!conversion->transform && !isInks(model)) return std::move(pixels).convertToFormat(result);
-  if (depth == Depth::bits16 && conversion->model != ColorModel::gray && !isInks(model)) {
+  if (!conversion->transform && !isCmyk(model)) return std::move(pixels).convertToFormat(result);
+  if (depth == Depth::bits16 && conversion->model != ColorModel::gray && !isCmyk(model)) {
     QImage converted = unsetPixels(pixels.size(), result);
     for (int y = 0; y < converted.height(); ++y) {
       cmsDoTransform(conversion->transform.get(), pixels.constScanLine(y), converted.scanLine(y),

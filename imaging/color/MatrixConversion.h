@@ -19,11 +19,15 @@ class MatrixConversion {
   void convert(uchar* pixels, qsizetype count) const;
 
  private:
-  // What each value of each channel adds to the linear red, green and blue of sRGB, as entries of m_encoded. The three
-  // lie side by side in one number: what borrows from its neighbour on the way gives it back in the sum of all
-  // channels, which has no negative part. The first channel carries the place of black too.
+  // For each channel and each value of it, its share of the linear red, green and blue of sRGB, in units of indices
+  // into m_encoded. The three shares are fields of 16 bits of one number, red lowest, so that one addition adds all
+  // three. A negative share borrows from the field above; in the sum of all channels, where every field is an index and
+  // none is negative, that has been given back. Black is not index 0, as sums below it exist; its index is in the first
+  // channel's shares.
   std::array<std::array<std::int64_t, 256>, 3> m_light{};
-  std::vector<uchar> m_encoded;  // the values of sRGB for all light that the sums can give, out of range included
+  // The sRGB value, 0 to 255, of each sum: of linear light from the least that the matrix can give, below black, to the
+  // most, above white.
+  std::vector<uchar> m_encoded;
 };
 
 }  // namespace lumagrid

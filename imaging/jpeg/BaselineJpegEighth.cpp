@@ -14,12 +14,13 @@
 namespace lumagrid {
 namespace {
 
-// Beyond it, the library's results depend on the processor: its vector code computes with 16 bits. What encoders write
-// stays below 1200.
+// The library computes with 16 bits where the processor has vector instructions and with 32 elsewhere: larger
+// coefficients could overflow in one and not in the other, and its pixels, which ours have to equal, would differ. What
+// encoders write stays below 1200.
 constexpr int kLargestCoefficient = 2047;
 
-// Coefficients come in zigzag order. This is where in the 8 rows of 8 they belong, and where the library keeps their
-// quantisation.
+// The place of each coefficient of a file (zigzag order) in the 8 rows of 8, which is also the order of the library's
+// quantization tables.
 constexpr std::array<std::uint8_t, 64> kNaturalOrder = {0,  1,  8,  16, 9,  2,  3,  10, 17, 24, 32, 25, 18, 11, 4,  5,
                                                         12, 19, 26, 33, 40, 48, 41, 34, 27, 20, 13, 6,  7,  14, 21, 28,
                                                         35, 42, 49, 56, 57, 50, 43, 36, 29, 22, 15, 23, 30, 37, 44, 51,
@@ -29,10 +30,11 @@ std::uint8_t sampleOf(int centered) {
   return static_cast<std::uint8_t>(std::clamp(centered + 128, 0, 255));
 }
 
-// The inverse cosine transform of 8 × 8 coefficients at a quarter of its size, 2 × 2 samples, first down the columns
-// and then along the rows. In both directions the two samples are the sum and the difference of an even part, which is
-// the first coefficient alone, and an odd part, to which the odd coefficients add with their weights; the other even
-// ones cancel out. Integers and roundings are those of libjpeg's jpeg_idct_2x2.
+// The inverse cosine transform of a block of 8 × 8 coefficients into 2 × 2 samples, each the mean of a quarter of the
+// block: first down the columns, then along the rows. Over half a column, coefficient 0 (`even`) has one value, those
+// of the odd frequencies (`odd`) have a mean of one sign in the upper half and of the other in the lower, and those of
+// the frequencies 2, 4 and 6 have the mean 0. So the two samples are even + odd and even - odd. Integers and roundings
+// are those of libjpeg's jpeg_idct_2x2.
 class QuarterTransform {
  public:
   void start(int dc) {
@@ -54,7 +56,7 @@ class QuarterTransform {
   bool store(std::uint8_t* upper, std::uint8_t* lower) const { return storeRow(1, upper) && storeRow(-1, lower); }
 
  private:
-  // With 13 fraction bits; the even one stands for 4.
+  // What each frequency adds up to over half a column, 4 for coefficient 0; with 13 fraction bits.
   static constexpr int kEvenWeight = 1 << 15;
   static constexpr std::array<int, 8> kOddWeights = {0, 29692, 0, -10426, 0, 6967, 0, -5906};
 
@@ -211,7 +213,7 @@ class EighthDecoder {
     return true;
   }
 
-  // The first coefficient of the next block, dequantised.
+  // The first coefficient of the next block, dequantized.
   static bool readDc(JpegBitCursor& bits, EighthComponent& component, int& dc) {
     bits.refill();
     JpegCoefficient difference;
@@ -242,9 +244,9 @@ class EighthDecoder {
       position += coefficient.run;
       if (position > 63) return false;
       const size_t place = kNaturalOrder[position];
-      const int dequantised = coefficient.value * component.quantization[place];
-      if (std::abs(dequantised) > kLargestCoefficient) return false;
-      transform.add(place, dequantised);
+      const int dequantized = coefficient.value * component.quantization[place];
+      if (std::abs(dequantized) > kLargestCoefficient) return false;
+      transform.add(place, dequantized);
     }
     return transform.store(to, to + component.rows->stride);
   }

@@ -10,9 +10,9 @@
 
 namespace lumagrid {
 
-// The beginning of some bits, taken as a Huffman code.
+// A Huffman code that was found at the beginning of some bits, and the symbol that it stands for.
 struct JpegSymbol {
-  std::uint8_t length = 0;  // of the code in bits; 0: no code of the table begins the bits
+  std::uint8_t length = 0;  // of the code in bits; 0: the bits begin with no code of the table
   std::uint8_t symbol = 0;
 };
 
@@ -36,17 +36,18 @@ class JpegHuffmanTable {
 
   [[nodiscard]] JpegSymbol longSymbolFor(std::uint32_t bits) const;
 
-  // Codes of at most kPrefixBits, for all bits that may follow them.
+  // For every value of the next kPrefixBits bits, the code that they begin with, if it is no longer than they are.
   std::array<JpegSymbol, size_t{1} << kPrefixBits> m_byPrefix{};
-  // For each length of codes, these being consecutive numbers. Codes are filled up with zeros to 16 bits.
+  // Codes of one length are consecutive numbers, and below those of every greater length once zeros fill them up to 16
+  // bits. By length: the first code, filled up, and the least number of 16 bits above all that begin with such a code.
   std::array<std::uint32_t, 17> m_firstCode{};
   std::array<std::uint32_t, 17> m_codeBehindLast{};
   std::array<std::uint16_t, 17> m_indexOfFirst{};  // in m_symbols
   std::array<std::uint8_t, 256> m_symbols{};       // in the order of their codes
 };
 
-// A symbol of a Huffman table, which gives a run of zero coefficients and the size of the next one, together with that
-// coefficient, whose bits follow the code.
+// One step in the coefficients of a block. A symbol gives the number of zero coefficients to come and the size in bits
+// of the one after them, and that coefficient's bits follow the symbol's code.
 struct JpegCoefficient {
   std::uint8_t length = 0;  // of the code and the coefficient in bits; 0: there is no such code
   std::uint8_t run = 0;     // of zeros
@@ -54,7 +55,7 @@ struct JpegCoefficient {
   std::int16_t value = 0;
 };
 
-// A Huffman table, for reading one coefficient after the other.
+// A Huffman table for reading coefficients one by one.
 class JpegCoefficientTable {
  public:
   using Kind = JpegHuffmanTable::Kind;
@@ -78,11 +79,12 @@ class JpegCoefficientTable {
 
   JpegHuffmanTable m_table;
   Kind m_kind;
-  // Where code and coefficient together have at most kPrefixBits, for all bits that may follow them.
+  // For every value of the next kPrefixBits bits, the code with its coefficient, if both lie within them.
   std::array<JpegCoefficient, size_t{1} << kPrefixBits> m_byPrefix{};
 };
 
-// A Huffman table for AC coefficients that nobody wants the values of. It steps over several of them with one look.
+// A Huffman table for passing over AC coefficients, whose values are not wanted: several of them with one look into its
+// table.
 class JpegAcSkipper {
  public:
   explicit JpegAcSkipper(const JHUFF_TBL& table);

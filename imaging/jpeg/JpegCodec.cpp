@@ -53,7 +53,7 @@ DecodedImage decodeJpeg(const CodecRequest& request) {
   }
   if (picture.pixels.isNull()) picture.pixels = reader.decode();
   if (picture.pixels.isNull()) return {{}, reader.error()};
-  return finished(std::move(picture), request.bound);
+  return finishedPicture(std::move(picture), request.bound);
 }
 
 }  // namespace lumagrid

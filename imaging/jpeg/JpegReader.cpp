@@ -23,7 +23,7 @@ JpegReader& readerOf(j_common_ptr jpeg) {
   return *static_cast<JpegReader*>(jpeg->client_data);
 }
 
-bool isInks(const jpeg_decompress_struct& jpeg) {
+bool isCmyk(const jpeg_decompress_struct& jpeg) {
   return jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK;
 }
 
@@ -91,7 +91,7 @@ void JpegReader::start() {
   jpeg_mem_src(&m_jpeg, reinterpret_cast<const unsigned char*>(m_file.data()),
                static_cast<unsigned long>(m_file.size()));
   jpeg_read_header(&m_jpeg, TRUE);
-  m_jpeg.out_color_space = isInks(m_jpeg) ? JCS_CMYK : JCS_EXT_RGBA;  // RGBX8888 with 255 in the fourth byte
+  m_jpeg.out_color_space = isCmyk(m_jpeg) ? JCS_CMYK : JCS_EXT_RGBA;  // RGBX8888 with 255 in the fourth byte
 }
 
 QSize JpegReader::size() const {
@@ -100,7 +100,7 @@ QSize JpegReader::size() const {
 
 ColorModel JpegReader::colorModel() const {
   if (m_jpeg.num_components == 1) return ColorModel::gray;
-  if (!isInks(m_jpeg)) return ColorModel::rgb;
+  if (!isCmyk(m_jpeg)) return ColorModel::rgb;
   // Adobe's programs write CMYK inverted.
   return m_jpeg.saw_Adobe_marker ? ColorModel::invertedCmyk : ColorModel::cmyk;
 }

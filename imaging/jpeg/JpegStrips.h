@@ -6,7 +6,7 @@
 
 namespace lumagrid {
 
-// The whole picture of a sequential JPEG file, RGBX8888 or inks, in `strips` parts side by side (fewer where there are
+// The whole picture of a sequential JPEG file, RGBX8888 or CMYK, in `strips` parts side by side (fewer where there are
 // no more), each of them decoded by libjpeg-turbo from one of the file's restart markers on. The pixels are those of
 // the whole file decoded in one go: a strip begins and ends with rows that only give their neighbours what the enlarged
 // colours of those need.

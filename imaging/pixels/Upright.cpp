@@ -15,8 +15,8 @@ QImage transposed(const QImage& source, Mirror horizontal, Mirror vertical) {
   constexpr int kBlock = 32;
   QImage result = unsetPixels(source.size().transposed(), source.format());
   if (result.isNull()) return result;
-  const auto* from = reinterpret_cast<const quint32*>(source.constBits());
-  auto* to = reinterpret_cast<quint32*>(result.bits());
+  const auto* from = reinterpret_cast<const std::uint32_t*>(source.constBits());
+  auto* to = reinterpret_cast<std::uint32_t*>(result.bits());
   const qsizetype fromStride = source.bytesPerLine() / 4;
   const qsizetype toStride = result.bytesPerLine() / 4;
   const int width = result.width();
@@ -26,8 +26,8 @@ QImage transposed(const QImage& source, Mirror horizontal, Mirror vertical) {
     for (int left = 0; left < width; left += kBlock) {
       const int right = std::min(left + kBlock, width);
       for (int y = top; y < bottom; ++y) {
-        quint32* line = to + y * toStride;
-        const quint32* column = from + (vertical == Mirror::yes ? height - 1 - y : y);
+        std::uint32_t* line = to + y * toStride;
+        const std::uint32_t* column = from + (vertical == Mirror::yes ? height - 1 - y : y);
         for (int x = left; x < right; ++x) {
           line[x] = column[(horizontal == Mirror::yes ? width - 1 - x : x) * fromStride];
         }
@@ -41,7 +41,7 @@ QImage transposed(const QImage& source, Mirror horizontal, Mirror vertical) {
 QImage mirrored(QImage pixels, Mirror horizontal, Mirror vertical) {
   const int width = pixels.width();
   const int height = pixels.height();
-  const auto row = [&pixels](int y) { return reinterpret_cast<quint32*>(pixels.scanLine(y)); };
+  const auto row = [&pixels](int y) { return reinterpret_cast<std::uint32_t*>(pixels.scanLine(y)); };
   if (vertical == Mirror::yes) {
     for (int y = 0; y < height / 2; ++y) std::swap_ranges(row(y), row(y) + width, row(height - 1 - y));
   }

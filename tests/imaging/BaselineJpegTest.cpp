@@ -18,7 +18,7 @@ enum class Damage { refused, tolerated };
 // The picture of the general decoder, of an eighth of the size or whole; null where it has an error or, unless that is
 // tolerated, a warning.
 QImage generalPicture(int scale, const QByteArray& file, const JpegSpec& spec, Damage damage = Damage::refused) {
-  const bool isInks = spec.colors == JCS_CMYK || spec.colors == JCS_YCCK;
+  const bool isCmyk = spec.colors == JCS_CMYK || spec.colors == JCS_YCCK;
   const std::unique_ptr<void, decltype(&tjDestroy)> handle(tjInitDecompress(), &tjDestroy);
   const auto* bytes = reinterpret_cast<const unsigned char*>(file.constData());
   const auto byteCount = static_cast<unsigned long>(file.size());
@@ -32,7 +32,7 @@ QImage generalPicture(int scale, const QByteArray& file, const JpegSpec& spec, D
     pixels.fill(fill);
     const int status = tjDecompress2(handle.get(), bytes, byteCount, pixels.bits(), pixels.width(),
                                      static_cast<int>(pixels.bytesPerLine()), pixels.height(),
-                                     isInks ? TJPF_CMYK : TJPF_RGBA, TJFLAG_LIMITSCANS);
+                                     isCmyk ? TJPF_CMYK : TJPF_RGBA, TJFLAG_LIMITSCANS);
     return status == 0 || damage == Damage::tolerated ? pixels : QImage();
   };
   // Its status does not tell an error after a warning from the warning; what it has not written does.
@@ -77,8 +77,8 @@ class BaselineJpegTest : public QObject {
     row("full colour in blocks of four", {.sampling = {{2, 1}, {2, 1}, {2, 1}}});
     row("gray with factors that mean nothing", {.colors = JCS_GRAYSCALE, .sampling = {{2, 2}}});
     row("red, green and blue", {.colors = JCS_RGB});
-    row("inks", {.colors = JCS_CMYK});
-    row("inks as brightness and colour", {.colors = JCS_YCCK});
+    row("CMYK", {.colors = JCS_CMYK});
+    row("YCCK", {.colors = JCS_YCCK});
     row("restarts within rows", {.restartInterval = 3});
     row("a restart after every unit", {.sampling = {{1, 1}, {1, 1}, {1, 1}}, .restartInterval = 1});
     row("tables made for the picture", {.coding = [](j_compress_ptr jpeg) { jpeg->optimize_coding = TRUE; }});
@@ -149,7 +149,7 @@ class BaselineJpegTest : public QObject {
     row("full colour, restarts within rows", {.sampling = {{1, 1}, {1, 1}, {1, 1}}, .restartInterval = 12});
     row("gray, as many units as a row has", {.colors = JCS_GRAYSCALE, .sampling = {{2, 2}}, .restartInterval = 32});
     row("colour quartered across and halved down", {.sampling = {{4, 2}, {1, 1}, {1, 1}}, .restartInterval = 3});
-    row("inks", {.colors = JCS_YCCK, .restartInterval = 2});
+    row("YCCK", {.colors = JCS_YCCK, .restartInterval = 2});
   }
 
   void decodesStripsSideBySide() {

@@ -120,9 +120,9 @@ class ImagePixelsTest : public QObject {
     const QByteArray gray = jpeg(filled(grayed), {.colors = JCS_GRAYSCALE});
     row("gray JPEG of linear light", withProfile(gray, linearGrayProfile()), lightened);
     row("gray JPEG with a profile for RGB", withProfile(gray, wide), grayed);
-    const QByteArray inks = jpeg(filled(color), {.colors = JCS_CMYK});
-    row("CMYK JPEG", inks, color);
-    row("CMYK JPEG with a profile for RGB", withProfile(inks, wide), color);
+    const QByteArray cmyk = jpeg(filled(color), {.colors = JCS_CMYK});
+    row("CMYK JPEG", cmyk, color);
+    row("CMYK JPEG with a profile for RGB", withProfile(cmyk, wide), color);
 
     QImage tagged = filled(color);
     tagged.setColorSpace(QColorSpace::DisplayP3);
@@ -168,7 +168,7 @@ class ImagePixelsTest : public QObject {
         tiffOf<float>({{TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_IEEEFP}}, {2.F, 0.5F, std::nanf("")}), QColor(255, 128, 0));
     row("TIFF whose zero is white", tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE}}, {200}), grayed);
     const std::map<quint16, quint32> separated = {{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED}};
-    row("TIFF of inks", tiffOf<quint8>(separated, {55, 195, 215, 0}), color);
+    row("CMYK TIFF", tiffOf<quint8>(separated, {55, 195, 215, 0}), color);
     row("TIFF of CIELab", tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_CIELAB}}, {121, 55, 45}), color);
     const auto colorMap = [](qsizetype count) {  // black, but for the last colour
       const QByteArray black((count - 1) * 2, '\0');
@@ -176,7 +176,7 @@ class ImagePixelsTest : public QObject {
     };
     row("TIFF of a palette, 16 bits",
         tiffOf<quint16>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE}}, {65535}, colorMap(65536)), color);
-    row("TIFF of inks, 16 bits", tiffOf<quint16>(separated, {55 * 257, 195 * 257, 215 * 257, 0}), color);
+    row("CMYK TIFF, 16 bits", tiffOf<quint16>(separated, {55 * 257, 195 * 257, 215 * 257, 0}), color);
 
     const QByteArray transparent("\0\xc8\0\x3c\0\x28", 6);
     row("PNG with a transparent colour before a palette that it does not use",

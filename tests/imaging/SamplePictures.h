@@ -17,13 +17,13 @@
 namespace samples {
 
 QImage filled(const QColor& color, QSize size = {32, 32}, QImage::Format format = QImage::Format_RGB32);
-// Four independent channels, of which inks alone use the last. `roughness` 0: only smooth colours; 1: only noise.
+// Four independent channels, of which CMYK alone uses the last. `roughness` 0: only smooth colours; 1: only noise.
 QImage rough(QSize size, double roughness);
 
 QByteArray encoded(const QImage& image, const char* format);
 
 struct JpegSpec {
-  J_COLOR_SPACE colors = JCS_YCbCr;  // as inks, the image's four channels are the inverted inks
+  J_COLOR_SPACE colors = JCS_YCbCr;  // as CMYK, the image's four channels are the inverted inks
   int quality = 95;
   std::vector<std::pair<int, int>> sampling = {};  // factors across and down of each component; none: the usual ones
   unsigned restartInterval = 0;                    // in MCUs

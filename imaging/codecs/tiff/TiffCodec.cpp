@@ -80,7 +80,7 @@ struct Block {
 // Colours of a palette, by indices of 8 or 16 bits.
 void copyIndices(const TiffLayout& layout, const uchar* from, int stored, uchar* to, int count) {
   for (int x = 0; x < count; ++x, to += 4) {
-    quint16 index = from[qsizetype{x} * stored];
+    std::uint16_t index = from[qsizetype{x} * stored];
     if (layout.type.bits == 16) std::memcpy(&index, from + qsizetype{x} * stored * 2, 2);
     std::copy_n(layout.palette[index].data(), 3, to);
   }
@@ -126,25 +126,25 @@ void copyBlock(const TiffLayout& layout, const Block& block, const uchar* sample
   }
 }
 
-Block blockAt(TIFF* tiff, const TiffLayout& layout, quint32 number, quint32 blocksPerPlane) {
+Block blockAt(TIFF* tiff, const TiffLayout& layout, std::uint32_t number, std::uint32_t blocksPerPlane) {
   Block block;
-  quint32 rows = 0;
+  std::uint32_t rows = 0;
   if (TIFFIsTiled(tiff)) {
-    const auto width = tiffField<quint32>(tiff, TIFFTAG_TILEWIDTH, 1);
-    rows = tiffField<quint32>(tiff, TIFFTAG_TILELENGTH, 1);
-    const quint32 across = (static_cast<quint32>(layout.size.width()) - 1) / width + 1;
-    const quint32 index = number % blocksPerPlane;
+    const auto width = tiffField<std::uint32_t>(tiff, TIFFTAG_TILEWIDTH, 1);
+    rows = tiffField<std::uint32_t>(tiff, TIFFTAG_TILELENGTH, 1);
+    const std::uint32_t across = (static_cast<std::uint32_t>(layout.size.width()) - 1) / width + 1;
+    const std::uint32_t index = number % blocksPerPlane;
     block.left = static_cast<int>(index % across * width);
     block.top = static_cast<int>(index / across * rows);
     block.storedWidth = static_cast<int>(width);
   } else {
-    rows = std::min(tiffField<quint32>(tiff, TIFFTAG_ROWSPERSTRIP, UINT32_MAX),
-                    static_cast<quint32>(layout.size.height()));
+    rows = std::min(tiffField<std::uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, UINT32_MAX),
+                    static_cast<std::uint32_t>(layout.size.height()));
     block.top = static_cast<int>(number % blocksPerPlane * rows);
     block.storedWidth = layout.size.width();
   }
   block.width = std::min(block.storedWidth, layout.size.width() - block.left);
-  block.height = std::min(static_cast<int>(std::min<quint32>(rows, INT32_MAX)), layout.size.height() - block.top);
+  block.height = std::min(static_cast<int>(std::min<std::uint32_t>(rows, INT32_MAX)), layout.size.height() - block.top);
   return block;
 }
 
@@ -160,13 +160,13 @@ QImage readSamples(TIFF* tiff, const TiffLayout& layout) {
   if (pixels.isNull() || blockBytes <= 0 || blockBytes > pictureByteLimit()) return {};
   pixels.fill(Qt::black);
 
-  const quint32 blocks = isTiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
+  const std::uint32_t blocks = isTiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
   const int planes = layout.isPlanar ? layout.samplesPerPixel : 1;
-  const quint32 blocksPerPlane = std::max<quint32>(blocks / static_cast<quint32>(planes), 1);
+  const std::uint32_t blocksPerPlane = std::max<std::uint32_t>(blocks / static_cast<std::uint32_t>(planes), 1);
   const int usedPlanes = std::min(planes, layout.colorCount + (layout.alpha == TiffAlpha::none ? 0 : 1));
   std::vector<uchar> samples(static_cast<size_t>(blockBytes));
   bool hasAny = false;
-  for (quint32 number = 0; number < blocks; ++number) {
+  for (std::uint32_t number = 0; number < blocks; ++number) {
     const int plane = static_cast<int>(number / blocksPerPlane);
     if (plane >= usedPlanes) break;
     const Block block = blockAt(tiff, layout, number, blocksPerPlane);
@@ -179,7 +179,7 @@ QImage readSamples(TIFF* tiff, const TiffLayout& layout) {
     if (rowBytes * block.height > blockBytes) continue;
     std::fill(samples.begin() + got, samples.end(), 0);
     hasAny = true;
-    isDeep ? copyBlock<quint16>(layout, block, samples.data(), plane, pixels)
+    isDeep ? copyBlock<std::uint16_t>(layout, block, samples.data(), plane, pixels)
            : copyBlock<uchar>(layout, block, samples.data(), plane, pixels);
   }
   return hasAny ? pixels : QImage();
@@ -190,24 +190,25 @@ QImage readRgba(TIFF* tiff, QSize size) {
   QImage pixels = unsetPixels(size, QImage::Format_RGBA8888_Premultiplied);
   if (pixels.isNull()) return pixels;
   pixels.fill(Qt::transparent);
-  auto* raster = reinterpret_cast<quint32*>(pixels.bits());
+  auto* raster = reinterpret_cast<std::uint32_t*>(pixels.bits());
   TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);  // turned later, like all others
   constexpr int kStopOnError = 1;
   const int status =
-      TIFFReadRGBAImageOriented(tiff, static_cast<quint32>(size.width()), static_cast<quint32>(size.height()), raster,
-                                ORIENTATION_TOPLEFT, kStopOnError);
+      TIFFReadRGBAImageOriented(tiff, static_cast<std::uint32_t>(size.width()),
+                                static_cast<std::uint32_t>(size.height()), raster, ORIENTATION_TOPLEFT, kStopOnError);
   const qsizetype count = qsizetype{size.width()} * size.height();
-  const bool hasAny = status == 1 || std::any_of(raster, raster + count, [](quint32 pixel) { return pixel != 0; });
+  const bool hasAny =
+      status == 1 || std::any_of(raster, raster + count, [](std::uint32_t pixel) { return pixel != 0; });
   return hasAny ? pixels : QImage();
 }
 
 PictureMetadata metadataOf(TIFF* tiff) {
   PictureMetadata metadata;
-  const auto orientation = tiffField<quint16>(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+  const auto orientation = tiffField<std::uint16_t>(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
   if (orientation >= ORIENTATION_TOPLEFT && orientation <= ORIENTATION_LEFTBOT) metadata.orientation = orientation;
   metadata.pixelAspect =
       pixelAspectOf(tiffField<float>(tiff, TIFFTAG_XRESOLUTION, 0), tiffField<float>(tiff, TIFFTAG_YRESOLUTION, 0));
-  quint32 profileBytes = 0;
+  std::uint32_t profileBytes = 0;
   void* profile = nullptr;
   if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &profileBytes, &profile) == 1 && profileBytes <= kLargestProfileBytes) {
     metadata.iccProfile = QByteArray(static_cast<const char*>(profile), static_cast<qsizetype>(profileBytes));
@@ -228,8 +229,8 @@ DecodedImage decodeTiff(const CodecRequest& request) {
   Source source{request.bytes};
   const Tiff tiff = open(source);
   if (!tiff) return {{}, ImageError::damaged};
-  const std::int64_t width = tiffField<quint32>(tiff.get(), TIFFTAG_IMAGEWIDTH, 0);
-  const std::int64_t height = tiffField<quint32>(tiff.get(), TIFFTAG_IMAGELENGTH, 0);
+  const std::int64_t width = tiffField<std::uint32_t>(tiff.get(), TIFFTAG_IMAGEWIDTH, 0);
+  const std::int64_t height = tiffField<std::uint32_t>(tiff.get(), TIFFTAG_IMAGELENGTH, 0);
   if (width < 1 || height < 1) return {{}, ImageError::damaged};
   if (!isPictureSizeSane(width, height)) return {{}, ImageError::tooLarge};
   const QSize size(static_cast<int>(width), static_cast<int>(height));
@@ -244,7 +245,7 @@ DecodedImage decodeTiff(const CodecRequest& request) {
   } else {
     picture.pixels = readRgba(tiff.get(), size);
   }
-  return finished(std::move(picture), request.bound);
+  return finishedPicture(std::move(picture), request.bound);
 }
 
 }  // namespace lumagrid

@@ -6,14 +6,14 @@ namespace lumagrid {
 namespace {
 
 TiffAlpha alphaOf(TIFF* tiff) {
-  quint16 count = 0;
-  quint16* kinds = nullptr;
+  std::uint16_t count = 0;
+  std::uint16_t* kinds = nullptr;
   if (TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1 || count == 0) return TiffAlpha::none;
   if (kinds[0] == EXTRASAMPLE_ASSOCALPHA) return TiffAlpha::associated;
   return kinds[0] == EXTRASAMPLE_UNASSALPHA ? TiffAlpha::unassociated : TiffAlpha::none;
 }
 
-ColorModel modelOf(quint16 photometric) {
+ColorModel modelOf(std::uint16_t photometric) {
   switch (photometric) {
     case PHOTOMETRIC_MINISWHITE:
     case PHOTOMETRIC_MINISBLACK:
@@ -30,11 +30,11 @@ ColorModel modelOf(quint16 photometric) {
 
 // The colours of 16 bits; some writers give them 8.
 std::vector<std::array<uchar, 3>> paletteOf(TIFF* tiff, int bits) {
-  quint16* channels[3] = {};
+  std::uint16_t* channels[3] = {};
   if (TIFFGetField(tiff, TIFFTAG_COLORMAP, &channels[0], &channels[1], &channels[2]) != 1) return {};
   std::vector<std::array<uchar, 3>> palette(size_t{1} << bits);
-  const bool isNarrow = std::all_of(std::begin(channels), std::end(channels), [&palette](const quint16* channel) {
-    return std::all_of(channel, channel + palette.size(), [](quint16 value) { return value < 256; });
+  const bool isNarrow = std::all_of(std::begin(channels), std::end(channels), [&palette](const std::uint16_t* channel) {
+    return std::all_of(channel, channel + palette.size(), [](std::uint16_t value) { return value < 256; });
   });
   for (size_t index = 0; index < palette.size(); ++index) {
     for (size_t channel = 0; channel < 3; ++channel) {
@@ -44,7 +44,7 @@ std::vector<std::array<uchar, 3>> paletteOf(TIFF* tiff, int bits) {
   return palette;
 }
 
-bool isDirect(const TiffLayout& layout, quint16 photometric) {
+bool isDirect(const TiffLayout& layout, std::uint16_t photometric) {
   if (!isSupported(layout.type) || layout.samplesPerPixel < layout.colorCount) return false;
   switch (photometric) {
     case PHOTOMETRIC_MINISWHITE:
@@ -67,11 +67,11 @@ bool isDirect(const TiffLayout& layout, quint16 photometric) {
 TiffLayout tiffLayout(TIFF* tiff, QSize size) {
   TiffLayout layout;
   layout.size = size;
-  layout.type.bits = tiffField<quint16>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
-  const auto format = tiffField<quint16>(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
-  layout.samplesPerPixel = tiffField<quint16>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
-  layout.isPlanar = tiffField<quint16>(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
-  const auto photometric = tiffField<quint16>(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+  layout.type.bits = tiffField<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+  const auto format = tiffField<std::uint16_t>(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+  layout.samplesPerPixel = tiffField<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+  layout.isPlanar = tiffField<std::uint16_t>(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
+  const auto photometric = tiffField<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
   layout.isInverted = photometric == PHOTOMETRIC_MINISWHITE;
   layout.hasSignedLab = photometric == PHOTOMETRIC_CIELAB;
   layout.model = modelOf(photometric);

@@ -51,13 +51,13 @@ void scaleSamples(SampleType type, const uchar* from, qsizetype fromStep, Target
     if (type.bits == 32) scaleAll<float>(from, fromStep, to, toStep, count);
     return;
   }
-  const quint32 sign = type.kind == SampleKind::signedInteger ? 1U << (type.bits - 1) : 0;
-  if (type.bits == 8) scaleAll(from, fromStep, to, toStep, count, static_cast<quint8>(sign));
-  if (type.bits == 16) scaleAll(from, fromStep, to, toStep, count, static_cast<quint16>(sign));
+  const std::uint32_t sign = type.kind == SampleKind::signedInteger ? 1U << (type.bits - 1) : 0;
+  if (type.bits == 8) scaleAll(from, fromStep, to, toStep, count, static_cast<std::uint8_t>(sign));
+  if (type.bits == 16) scaleAll(from, fromStep, to, toStep, count, static_cast<std::uint16_t>(sign));
   if (type.bits == 32) scaleAll(from, fromStep, to, toStep, count, sign);
 }
 
 template void scaleSamples(SampleType, const uchar*, qsizetype, uchar*, qsizetype, qsizetype);
-template void scaleSamples(SampleType, const uchar*, qsizetype, quint16*, qsizetype, qsizetype);
+template void scaleSamples(SampleType, const uchar*, qsizetype, std::uint16_t*, qsizetype, qsizetype);
 
 }  // namespace lumagrid

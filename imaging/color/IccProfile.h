@@ -5,8 +5,8 @@
 
 namespace lumagrid {
 
-// Colours given by code points (ITU-T H.273) instead of a profile.
-struct NclxColors {
+// Colours given by CICP code points (ITU-T H.273), as in an nclx box or a cICP chunk, instead of a profile.
+struct CicpColors {
   int primaries = 1;
   int transfer = 13;
 };
@@ -14,7 +14,7 @@ struct NclxColors {
 // An ICC profile for the code points; empty for sRGB and its kin (the curve of BT.709 counts as that of sRGB, as
 // pictures made with it are meant) and for unknown ones. The two curves of high dynamic range end in a shoulder: what
 // is as bright as paper (203 cd/m2) lands at three quarters of the light, and brighter parts share the rest.
-[[nodiscard]] QByteArray iccProfileOf(const NclxColors& colors);
+[[nodiscard]] QByteArray iccProfileOf(const CicpColors& colors);
 
 // Colours given by the power from signal to light, and by where white, red, green and blue lie (x and y of each, CIE
 // 1931).

@@ -1,4 +1,4 @@
-#include "NclxProfile.h"
+#include "IccProfile.h"
 
 #include <lcms2.h>
 
@@ -122,7 +122,7 @@ QByteArray profileOf(const cmsCIExyYTRIPLE& primaries, const cmsCIExyY& white, c
 
 }  // namespace
 
-QByteArray iccProfileOf(const NclxColors& colors) {
+QByteArray iccProfileOf(const CicpColors& colors) {
   const auto known = chromaticities(colors.primaries);
   const auto [primaries, white] = known.value_or(*chromaticities(kSrgbPrimaries));
   if ((!known || colors.primaries == kSrgbPrimaries) && isSrgbLike(colors.transfer)) return {};
