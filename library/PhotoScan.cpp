@@ -3,13 +3,11 @@
 #include <QtEndian>
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <numeric>
 
 #include "NameCollator.h"
-#include "NumberedNames.h"
 #include "WorkerPool.h"
 
 namespace lumagrid {
@@ -84,16 +82,6 @@ std::vector<std::uint32_t> sortedByBytes(const std::vector<QByteArray>& keys, co
 
 std::vector<QByteArray> nameKeys(const std::vector<PhotoItem>& photos) {
   std::vector<QByteArray> keys(photos.size());
-  const NumberedNames numbered(photos.empty() ? QByteArrayView() : photos.front().url.lastPathComponent());
-  std::atomic<bool> areNumbered = true;
-  fillInParallel(keys, photos, [&] {
-    return [&](const PhotoItem& photo) {
-      const auto key = areNumbered ? numbered.sortKey(photo.url.lastPathComponent()) : std::nullopt;
-      if (!key) areNumbered = false;
-      return key.value_or(QByteArray());
-    };
-  });
-  if (areNumbered) return keys;
   fillInParallel(keys, photos, [] {
     return [collator = std::make_unique<NameCollator>()](const PhotoItem& photo) {
       return collator->sortKey(photo.url.lastPathComponent());

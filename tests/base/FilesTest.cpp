@@ -4,12 +4,10 @@
 #include <QMap>
 #include <QTest>
 #include <QUrl>
-#include <random>
 
 #include "FileUrl.h"
 #include "FolderListing.h"
 #include "NameCollator.h"
-#include "NumberedNames.h"
 #include "TemporaryHome.h"
 
 using namespace lumagrid;
@@ -165,36 +163,6 @@ class FilesTest : public QObject {
         QVERIFY2(collator.sortKey(inOrder[next - 1]) < collator.sortKey(inOrder[next]), inOrder[next].constData());
       }
     }
-  }
-
-  // As the collator orders them, which is asked about the rest.
-  void namesThatDifferInTheirNumbersNeedNoCollator() {
-    qputenv("LC_ALL", "C.UTF-8");
-    const NameCollator collator;
-    const NumberedNames numbered("IMG_20240131 (7).jpg");
-    std::minstd_rand random(1);
-    const auto number = [&] {
-      QByteArray digits(static_cast<qsizetype>(random() % 3), '0');
-      for (auto count = random() % 5; count > 0; --count) digits += static_cast<char>('0' + random() % 4);
-      return digits.isEmpty() ? QByteArray("0") : digits;
-    };
-    std::vector<std::pair<QByteArray, QByteArray>> keys;
-    for (int i = 0; i < 300; ++i) {
-      const QByteArray first = i == 0 ? QByteArray(254, '9') : number();
-      const QByteArray name = "IMG_" + first + " (" + number() + ").jpg";
-      const auto key = numbered.sortKey(name);
-      QVERIFY2(key, name.constData());
-      keys.emplace_back(*key, collator.sortKey(name));
-    }
-    for (const auto& [quickA, collatedA] : keys) {
-      for (const auto& [quickB, collatedB] : keys) QVERIFY((quickA < quickB) == (collatedA < collatedB));
-    }
-    for (const QByteArray& other :
-         {QByteArray(), QByteArray("IMG_1 (7).jp"), QByteArray("IMG_1 (7).jpgg"), QByteArray("img_1 (7).jpg"),
-          QByteArray("IMG_ (7).jpg"), "IMG_" + QByteArray(255, '9') + " (7).jpg", QByteArray("IMG_1 (\u0661).jpg")}) {
-      QVERIFY2(!numbered.sortKey(other), other.constData());
-    }
-    QVERIFY(!NumberedNames("\u06611.jpg").sortKey("\u06611.jpg"));  // a digit of another script belongs to the number
   }
 
   void namesCollateAsTheFirstVariableThatIsSetSays() {
