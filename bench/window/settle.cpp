@@ -77,9 +77,9 @@ Usage usageOf(pid_t group) {
 }
 
 // The pixels of the screen, and what was damaged since they were looked at.
-class Screen {
+class WatchedScreen {
  public:
-  explicit Screen(Display* display) : m_display(display), m_root(DefaultRootWindow(display)) {
+  explicit WatchedScreen(Display* display) : m_display(display), m_root(DefaultRootWindow(display)) {
     XWindowAttributes attributes;
     XGetWindowAttributes(display, m_root, &attributes);
     m_width = attributes.width;
@@ -174,7 +174,7 @@ struct Moments {
 };
 
 // Follows the program until it is quiet. Nothing when it ended, or never was.
-std::optional<Moments> follow(Display* display, Screen& screen, int damageEvent, pid_t program, double quietMs) {
+std::optional<Moments> follow(Display* display, WatchedScreen& screen, int damageEvent, pid_t program, double quietMs) {
   constexpr double kLimitMs = 60000;
   constexpr int kWaitMs = 20;
   const auto begin = Clock::now();
@@ -219,7 +219,7 @@ int main(int argc, char** argv) {
     std::fputs("lumagrid-bench-settle: no X11 display that tells of damage\n", stderr);
     return 2;
   }
-  Screen screen(display);
+  WatchedScreen screen(display);
   XSelectInput(display, screen.root(), SubstructureNotifyMask);
   XDamageCreate(display, screen.root(), XDamageReportRawRectangles);
   XSync(display, False);
