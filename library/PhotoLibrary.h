@@ -52,7 +52,7 @@ class PhotoLibrary : public QObject {
   [[nodiscard]] const std::vector<PhotoItem>& photos() const { return m_photos; }
   [[nodiscard]] std::int64_t photoCount() const { return static_cast<std::int64_t>(m_photos.size()); }
   [[nodiscard]] SortOrder sortOrder() const { return m_sortOrder; }
-  [[nodiscard]] std::int64_t currentIndex() const { return m_currentIndex; }
+  [[nodiscard]] qint64 currentIndex() const { return m_currentIndex; }
   [[nodiscard]] const IndexSet& selectedIndices() const { return m_selectedIndices; }
   [[nodiscard]] const QImage& currentImage() const { return m_currentImage; }  // null: none
   [[nodiscard]] const QString& statusMessage() const { return m_statusMessage; }
@@ -98,7 +98,7 @@ class PhotoLibrary : public QObject {
   void folderURLChanged();
   void photosReset();
   void photosReordered();
-  void photoRemoved(std::int64_t index);
+  void photoRemoved(qint64 index);
   void sortOrderChanged();
   void currentIndexChanged();
   void selectedIndicesChanged();

@@ -61,8 +61,10 @@ QImage PhotoPyramid::fitted(QSize pixels) const {
   QImage source = m_photo;
   {
     const std::scoped_lock lock(m_mutex);
-    for (const QImage& level : m_levels) {
-      if (level.width() >= 2 * pixels.width() && level.height() >= 2 * pixels.height()) {
+    for (std::size_t number = 0; number < m_levels.size(); ++number) {
+      const QImage& level = m_levels[number];
+      const bool isExact = level.size() * (1 << number) == m_photo.size();  // no texel reaches past the photo's edge
+      if (isExact && level.width() >= 2 * pixels.width() && level.height() >= 2 * pixels.height()) {
         source = level;
       }
     }

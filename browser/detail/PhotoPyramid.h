@@ -33,7 +33,7 @@ class PhotoPyramid {
   bool buildNextLevel(const std::stop_token& stop = {});
 
   // The photo in exactly `pixels` (each side no larger than the photo's), averaged by area from the coarsest level that
-  // still has twice as many.
+  // still has twice as many and covers nothing but the photo.
   [[nodiscard]] QImage fitted(QSize pixels) const;
 
  private:

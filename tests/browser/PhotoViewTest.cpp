@@ -69,8 +69,8 @@ class PhotoViewTest : public QObject {
       QTRY_VERIFY(worst(gradient) <= 3);
     }
     m_view->setSize({500, 400});
-    QVERIFY(worst(gradient) <= 10);  // the picture in hand, scaled
-    QTRY_VERIFY(worst(gradient) <= 3);
+    QVERIFY(worst(gradient) <= 10);     // the picture in hand, scaled
+    QTRY_VERIFY(worst(gradient) <= 4);  // the toolkit shrinks with an error of 1.4
   }
 
   // The fitted picture has lost them to grey: only the photo's own pixels have them.
