@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include "MemoryBudget.h"
-#include "PixelBuffer.h"
 #include "WorkerPool.h"
 
 namespace lumagrid {
@@ -50,7 +49,6 @@ DecodedImage PictureStore::decode(const FileUrl& file) {
   if (const auto ahead = takeAhead(); ahead && ahead->identity == wanted) ahead->isOver.wait(false);
   if (auto picture = m_pictures.object(*wanted)) return {*std::move(picture), ImageError::none};
   // The next picture is most often as large as the one before: it takes the memory of one that has to go anyway.
-  const PixelReuse reuse;
   m_pictures.makeRoom(m_lastBytes);
   DecodedImage decoded = decodeAndKeep(file, *wanted);
   m_lastBytes = static_cast<std::size_t>(decoded.pixels.sizeInBytes());

@@ -12,7 +12,6 @@
 #include "FrameTimes.h"
 #include "MemoryBudget.h"
 #include "PictureStore.h"
-#include "PixelBuffer.h"
 #include "QmlPlugins.h"
 #include "SettingsPreferences.h"
 #include "ThumbnailStore.h"
@@ -59,7 +58,6 @@ void scroll(QQuickWindow& window) {
 
 // Into memory that was used before, as when photos are stepped through.
 double decodeTime(ImageDecoder& decoder, const FileUrl& file) {
-  const PixelReuse reuse;
   (void)decoder.decode(file);
   QElapsedTimer clock;
   clock.start();
