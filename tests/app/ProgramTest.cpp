@@ -1,39 +1,51 @@
 #include <QProcess>
-#include <QTest>
 #include <csignal>
 
+#include "CommandLine.h"
 #include "PhotoFolder.h"
+#include "Table.h"
 #include "TemporaryHome.h"
+
+using namespace lumagrid;
+
+using Action = CommandLine::Action;
+
+namespace {
+
+const TemporaryHome kHome;
+
+}  // namespace
+
+using Case = std::tuple<QList<QByteArray>, Action, QByteArray, std::optional<ColorScheme>>;
+// Arguments, names and values of the environment in turn, what is said, and what is remembered.
+using Start = std::tuple<QStringList, QByteArrayList, QByteArray, QByteArray>;
 
 // The program itself, started as a user starts it and ended as the session ends it.
 class ProgramTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
-  void initTestCase() { (void)m_folder.add(QStringLiteral("a.png"), lumagrid::samplePhoto({20, 20})); }
+  void initTestCase() { (void)m_folder.add(QStringLiteral("a.png"), samplePhoto({20, 20})); }
 
   void starts_data() {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArrayList>("environment");  // names and values in turn
-    QTest::addColumn<QByteArray>("says");
-    QTest::addColumn<QByteArray>("remembers");
     const QByteArrayList noDriver{"QT_QPA_PLATFORM", "xcb", "QT_XCB_GL_INTEGRATION", "none"};
     const QByteArrayList offscreen{"QT_QPA_PLATFORM", "offscreen", "QT_QUICK_BACKEND", "software"};
-    const QString folder = QFile::decodeName(m_folder.url().path());
-    QTest::newRow("without a path") << QStringList() << offscreen << QByteArray() << QByteArray();
-    QTest::newRow("with a folder") << QStringList{folder} << offscreen << QByteArray() << m_folder.url().path();
-    QTest::newRow("with what is not there") << QStringList{folder + QStringLiteral("/x")} << offscreen
-                                            << QByteArray("lumagrid: Could not open folder: ") << QByteArray();
-    QTest::newRow("where no graphics driver works, with the toolkit's own options")
-        << QStringList{QStringLiteral("-title"), QStringLiteral("x"), folder} << noDriver
-        << QByteArray("lumagrid: no usable OpenGL driver") << m_folder.url().path();
+    const QByteArray path = m_folder.url().path();
+    const QString folder = QFile::decodeName(path);
+    const QStringList own{QStringLiteral("-title"), QStringLiteral("x"), folder};
+    addRows<Start>({
+        {"without a path", {{}, offscreen, "", ""}},
+        {"with a folder", {{folder}, offscreen, "", path}},
+        {"with what is not there",
+         {{folder + QStringLiteral("/x")}, offscreen, "lumagrid: Could not open folder: ", ""}},
+        {"where no graphics driver works, with the toolkit's own options",
+         {own, noDriver, "lumagrid: no usable OpenGL driver", path}},
+    });
   }
 
   void starts() {
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArrayList, environment);
-    QFETCH(QByteArray, says);
-    QFETCH(QByteArray, remembers);
+    QFETCH(const Start, row);
+    const auto& [arguments, environment, says, remembers] = row;
     const QByteArray preferences = qgetenv("XDG_CONFIG_HOME") + "/lumagrid/lumagrid.conf";
     QFile::remove(QFile::decodeName(preferences));
     QProcess program;
@@ -45,7 +57,9 @@ class ProgramTest : public QObject {
     program.setProcessEnvironment(variables);
     program.start(QStringLiteral(LUMAGRID_PROGRAM), arguments);
     QByteArray said;
-    const auto draws = [&] { return (said += program.readAllStandardError()).contains("rendered with 'software'"); };
+    const auto draws = [&program, &said] {
+      return (said += program.readAllStandardError()).contains("rendered with 'software'");
+    };
     QTRY_VERIFY_WITH_TIMEOUT(draws() || program.state() == QProcess::NotRunning, 60'000);
     QVERIFY2(draws(), said.constData());
     QTRY_COMPARE(readFile(preferences).value_or("").contains(remembers), true);
@@ -56,15 +70,42 @@ class ProgramTest : public QObject {
     QCOMPARE(program.exitCode(), SIGTERM);
   }
 
+  void parses_data() {
+    const auto light = ColorScheme::light;
+    const auto dark = ColorScheme::dark;
+    addRows<Case>({
+        {"nothing", {{}, Action::open, {}, {}}},
+        {"a name that is not UTF-8", {{"caf\xE9"}, Action::open, "caf\xE9", {}}},
+        {"a name that begins with a dash, after the end of the options", {{"--", "-v"}, Action::open, "-v", {}}},
+        {"one dash is a name", {{"-"}, Action::open, "-", {}}},
+        {"two names, also after the end of the options", {{"a", "--", "b"}, Action::refuse, "a", {}}},
+        {"light", {{"--appearance=light", "a"}, Action::open, "a", light}},
+        {"dark, after the name", {{"a", "--appearance=dark"}, Action::open, "a", dark}},
+        {"the last appearance counts", {{"--appearance=dark", "--appearance=light"}, Action::open, "", light}},
+        {"no such appearance", {{"--appearance=blue"}, Action::refuse, {}, {}}},
+        {"an appearance without a value", {{"--appearance", "dark"}, Action::refuse, {}, {}}},
+        {"help", {{"--help"}, Action::showHelp, {}, {}}},
+        {"help, before what would be refused", {{"-h", "--wrong"}, Action::showHelp, {}, {}}},
+        {"version", {{"-v"}, Action::showVersion, {}, {}}},
+        {"version, in full", {{"--version"}, Action::showVersion, {}, {}}},
+        {"no such option", {{"--wrong"}, Action::refuse, {}, {}}},
+    });
+  }
+
+  void parses() {
+    QFETCH(const Case, row);
+    const auto& [arguments, action, path, appearance] = row;
+    const CommandLine line = CommandLine::parse(arguments);
+    QCOMPARE(line.action, action);
+    QCOMPARE(line.path, path);
+    QCOMPARE(line.appearance, appearance);
+    QCOMPARE(line.refusal.isEmpty(), line.action != Action::refuse);
+    if (arguments == QList<QByteArray>{"--wrong"}) QVERIFY(line.refusal.contains(u"--wrong"));
+  }
+
  private:
-  const lumagrid::PhotoFolder m_folder;
+  const PhotoFolder m_folder;
 };
 
-int main(int argc, char** argv) {
-  const TemporaryHome home;
-  QCoreApplication application(argc, argv);
-  ProgramTest test;
-  return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_GUILESS_MAIN(ProgramTest)
 #include "ProgramTest.moc"

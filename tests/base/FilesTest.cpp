@@ -2,12 +2,12 @@
 
 #include <QDir>
 #include <QMap>
-#include <QTest>
 #include <QUrl>
 
 #include "FileUrl.h"
 #include "FolderListing.h"
 #include "NameCollator.h"
+#include "Table.h"
 #include "TemporaryHome.h"
 
 using namespace lumagrid;
@@ -15,6 +15,9 @@ using namespace lumagrid;
 namespace {
 
 const TemporaryHome kHome;
+
+// A name, how it is shown, and how in a sentence; empty: the same.
+using Shown = std::tuple<QString, QString, QString>;
 
 bool isJpeg(QByteArrayView name) {
   return name.endsWith(".jpg");
@@ -45,51 +48,42 @@ class FilesTest : public QObject {
     QVERIFY(FileUrl::fromPath(QStringLiteral("/a\0b")).isEmpty());
   }
 
-  void urlsNameFilesOfThisMachine_data() {
-    QTest::addColumn<QByteArray>("path");  // empty: none
-    QTest::newRow("file:///caf%E9/a%25%23b/") << QByteArray("/caf\xE9/a%#b");
-    QTest::newRow("FILE://localhost/\u00E9 x") << QByteArray("/\u00E9 x");
-    for (const char* other : {"file:///album%00x", "file://server/a", "file:a", "https://localhost/a", "/a", ""}) {
-      QTest::newRow(other) << QByteArray();
+  void urlsNameFilesOfThisMachine() {
+    const auto path = [](const char* url) { return FileUrl::fromUrl(QUrl(QString::fromUtf8(url))).path(); };
+    QCOMPARE(path("file:///caf%E9/a%25%23b/"), QByteArray("/caf\xE9/a%#b"));
+    QCOMPARE(path("FILE://localhost/\u00E9 x"), QByteArray("/\u00E9 x"));
+    for (const char* none : {"file:///album%00x", "file://server/a", "file:a", "https://localhost/a", "/a", ""}) {
+      QVERIFY2(path(none).isEmpty(), none);
     }
   }
 
-  void urlsNameFilesOfThisMachine() {
-    QTEST(FileUrl::fromUrl(QUrl(QString::fromUtf8(QTest::currentDataTag()))).path(), "path");
-  }
-
   void namesAreShown_data() {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("shown");
-    QTest::addColumn<QString>("inSentence");  // empty: the same
-    const auto row = [](const char* sentence, const QString& name, const QString& shown, const QString& inSentence) {
-      QTest::newRow(sentence) << name << shown << (inSentence.isEmpty() ? shown : inSentence);
-    };
-    const QString ordinary = QStringLiteral("e\u0301 \u5199 \U0001F468\u200D\U0001F469 <b>%1&.jpg");
-    row("ordinary letters stay", ordinary, ordinary, {});
-    row("controls and line breaks are seen", QStringLiteral("a\n\t\x1B[1m\x7F\u0085\u2028.jpg"),
-        QStringLiteral("a\uFFFD\uFFFD\uFFFD[1m\uFFFD\uFFFD\uFFFD.jpg"), {});
-    row("nothing turns a name around", QStringLiteral("a\u202Egpj\u2069.exe"), QStringLiteral("a\uFFFDgpj\uFFFD.exe"),
-        {});
-    row("what runs leftwards turns nothing but itself", QStringLiteral("\u05D0.jpg"),
-        QStringLiteral("\u2068\u05D0.jpg\u2069"), {});
-    row("it may be beyond the basic plane", QStringLiteral("\U00010800"), QStringLiteral("\u2068\U00010800\u2069"), {});
-    row("it may be digits", QStringLiteral("\u0661"), QStringLiteral("\u2068\u0661\u2069"), {});
+    const QString ordinary = u"e\u0301 \u5199 \U0001F468\u200D\U0001F469 <b>%1&.jpg"_qs;
     const QString lines(240, u'\uFFFD');
-    row("a sentence has room for 80 characters", QString(240, u'\n'), lines,
-        lines.first(39) + u'\u2026' + lines.first(39));
-    const QString full = QString(76, u'x') + QStringLiteral(".jpg");
-    row("… and no less", full, full, {});
-    const QString accents = QStringLiteral("e\u0301").repeated(50) + QStringLiteral(".jpg");
-    row("no accent is torn off", accents, accents,
-        accents.first(38) + u'\u2026' + QStringLiteral("e\u0301").repeated(17) + QStringLiteral(".jpg"));
+    const QString full = QString(76, u'x') + u".jpg"_qs;
+    const QString accents = u"e\u0301"_qs.repeated(50) + u".jpg"_qs;
+    addRows<Shown>({
+        {"ordinary letters stay", {ordinary, ordinary, {}}},
+        {"controls and line breaks are seen",
+         {u"a\n\t\x1B[1m\x7F\u0085\u2028.jpg"_qs, u"a\uFFFD\uFFFD\uFFFD[1m\uFFFD\uFFFD\uFFFD.jpg"_qs, {}}},
+        {"nothing turns a name around", {u"a\u202Egpj\u2069.exe"_qs, u"a\uFFFDgpj\uFFFD.exe"_qs, {}}},
+        {"what runs leftwards turns nothing but itself", {u"\u05D0.jpg"_qs, u"\u2068\u05D0.jpg\u2069"_qs, {}}},
+        {"it may be beyond the basic plane", {u"\U00010800"_qs, u"\u2068\U00010800\u2069"_qs, {}}},
+        {"it may be digits", {u"\u0661"_qs, u"\u2068\u0661\u2069"_qs, {}}},
+        {"a sentence has room for 80 characters",
+         {QString(240, u'\n'), lines, lines.first(39) + u'\u2026' + lines.first(39)}},
+        {"… and no less", {full, full, {}}},
+        {"no accent is torn off",
+         {accents, accents, accents.first(38) + u'\u2026' + u"e\u0301"_qs.repeated(17) + u".jpg"_qs}},
+    });
   }
 
   void namesAreShown() {
-    QFETCH(QString, name);
+    QFETCH(const Shown, row);
+    const auto& [name, shown, inSentence] = row;
     const FileUrl url = FileUrl::child(FileUrl::fromPath(m_home), name.toUtf8());
-    QTEST(url.displayName(), "shown");
-    QTEST(url.nameInSentence(), "inSentence");
+    QCOMPARE(url.displayName(), shown);
+    QCOMPARE(url.nameInSentence(), inSentence.isEmpty() ? shown : inSentence);
   }
 
   void pathsLeadWhereTheSystemSays() {

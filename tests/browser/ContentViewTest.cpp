@@ -118,22 +118,18 @@ class ContentViewTest : public QObject {
 
   void someActionsScrollToTheCurrentPhoto() {
     ContentView* view = nullptr;
+    const QUrl other = QUrl::fromLocalFile(QFile::decodeName(m_other.url().path()));
+    const auto choose = [&] { view->chooseFolderAndShowGrid(); };
+    const auto chooseOther = [&] { m_window->platform.chooser.answer = m_other.url(), choose(); };
+    const auto drop = [&] { view->handleDrop({other}), QCoreApplication::processEvents(); };
     const std::initializer_list<std::tuple<const char*, bool, std::function<void()>>> actions{
-        {"a folder is chosen", true,
-         [&] {
-           m_window->platform.chooser.answer = m_other.url();
-           view->chooseFolderAndShowGrid();
-         }},
-        {"the chooser is cancelled", true, [&] { view->chooseFolderAndShowGrid(); }},
+        {"a folder is chosen", true, chooseOther},
+        {"the chooser is cancelled", true, choose},
         {"the photo is left", true, [&] { view->exitDetailMode(); }},
         {"other columns", true, [&] { view->setGridDimension(5); }},
         {"the same columns", true, [&] { view->setGridDimension(4); }},
         {"a recent folder", false, [&] { m_window->center.post(openRecentFolder, m_other.url()); }},
-        {"a dropped folder", false,
-         [&] {
-           QVERIFY(view->handleDrop({QUrl::fromLocalFile(QFile::decodeName(m_other.url().path()))}));
-           QCoreApplication::processEvents();
-         }},
+        {"a dropped folder", false, drop},
     };
     for (const auto& [name, scrolls, act] : actions) {
       init();
@@ -164,60 +160,47 @@ class ContentViewTest : public QObject {
   }
 
   void theColumnsHaveLimits() {
-    using State = std::tuple<qint64, bool, bool>;  // columns; whether fewer and more can be had
-    for (const auto& [wanted, state] : {std::pair(1, State(2, false, true)),
-                                        {2, State(2, false, true)},
-                                        {3, State(3, true, true)},
-                                        {5, State(5, true, true)},
-                                        {6, State(6, true, false)},
-                                        {99, State(6, true, false)}}) {
-      ContentView& view = m_window->view;
-      view.setGridDimension(wanted);
-      QVERIFY(State(view.gridDimension(), view.canShowFewerTiles(), view.canShowMoreTiles()) == state);
+    for (const auto& [wanted, columns, canBeFewer, canBeMore] :
+         {std::tuple(1, 2, false, true), {3, 3, true, true}, {5, 5, true, true}, {99, 6, true, false}}) {
+      m_window->view.setGridDimension(wanted);
+      QCOMPARE(m_window->view.gridDimension(), columns);
+      QVERIFY(m_window->view.canShowFewerTiles() == canBeFewer && m_window->view.canShowMoreTiles() == canBeMore);
     }
   }
 
+  // … in a bar that leaves.
   void theCountOfASelectionOutlivesIt() {
-    using Counts = std::pair<qint64, qint64>;  // now, and in a bar that leaves
     const ShownLibrary& shown = *m_window->view.shown();
-    const auto counts = [&shown](const std::function<void()>& change) {
-      change();
+    for (const auto& [toggled, count, lastCount] : {std::tuple(1, 1, 1), {3, 2, 2}, {-1, 0, 2}, {1, 1, 1}}) {
+      toggled < 0 ? m_window->library.clearSelection() : m_window->library.toggleSelection(toggled);
       QCoreApplication::processEvents();
-      return Counts(shown.selectedCount(), shown.lastSelectedCount());
-    };
-    QCOMPARE(counts([this] { m_window->library.toggleSelection(1); }), Counts(1, 1));
-    QCOMPARE(counts([this] { m_window->library.extendSelection(3); }), Counts(3, 3));
-    QCOMPARE(counts([this] { m_window->library.clearSelection(); }), Counts(0, 3));
-    QCOMPARE(counts([this] { m_window->library.toggleSelection(1); }), Counts(1, 1));
+      QVERIFY(shown.selectedCount() == count && shown.lastSelectedCount() == lastCount);
+    }
   }
 
   void gesturesOnThePhoto() {
     ContentView& view = m_window->view;
-    QSignalSpy animations(&view, &ContentView::zoomWillChange);
-    const auto is = [&](double scale, QPointF offset, QPointF drag, Curve lastCurve) {
+    const QSignalSpy animations(&view, &ContentView::zoomWillChange);
+    const QPointF drag(7, 8);
+    const auto is = [&](double scale, QPointF offset, Curve lastCurve) {
       return view.zoom() == ZoomState{scale, offset} && view.dragOffset() == drag &&
              animations.last().first().value<Curve>() == lastCurve;
     };
-    const QPointF moved(5, 6);
-    const QPointF drag(7, 8);
     view.handleDetailMagnification(3);
-    view.endDrag(moved);
+    view.endDrag({5, 6});
     view.handleDrag(drag);
     QCOMPARE(view.displacement(), QPointF(12, 14));
     view.handleDetailMagnification(1.05);
     view.endDetailMagnification();
-    QVERIFY(is(1.05, moved, drag, Curve::None));
-    view.handleDetailMagnification(0.5);
-    view.handleDetailMagnification(std::nan(""));
+    QVERIFY(is(1.05, {5, 6}, Curve::None));
+    for (const double magnification : {0.5, std::nan("")}) view.handleDetailMagnification(magnification);
     view.endDrag({9, 9});  // does nothing to a fitted photo
-    QVERIFY(is(1, moved, drag, Curve::None));
+    QVERIFY(is(1, {5, 6}, Curve::None));
     view.endDetailMagnification();  // the pan is lost, the drag goes on
-    QVERIFY(is(1, {0, 0}, drag, Curve::Spring));
+    QVERIFY(is(1, {}, Curve::Spring));
     view.handleDetailMagnification(3);
-    view.endDrag(moved);
-    view.handleDrag(drag);
     view.exitDetailMode();
-    QVERIFY(is(1, {0, 0}, {0, 0}, Curve::None));
+    QVERIFY(view.zoom() == ZoomState{} && view.displacement().isNull());
   }
 
  private:

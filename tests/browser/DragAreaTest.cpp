@@ -1,7 +1,8 @@
 #include "DragArea.h"
 
 #include <QQuickWindow>
-#include <QTest>
+
+#include "Table.h"
 
 using namespace lumagrid;
 
@@ -15,33 +16,32 @@ class DragAreaTest : public QObject {
     m_area.setParentItem(m_window.contentItem());
     m_area.setSize(m_window.size());
     m_area.setProperty("canMove", true);
-    const auto text = [](const char* what, QPointF way) {
-      return QStringLiteral("%1 %2 %3").arg(QLatin1String(what)).arg(way.x()).arg(way.y());
+    const auto log = [this](const char* what, QPointF way) {
+      m_log += QStringLiteral("%1 %2 %3; ").arg(QLatin1String(what)).arg(way.x()).arg(way.y());
     };
-    connect(&m_area, &DragArea::dragged, this, [this, text](QPointF way) { m_told.append(text("dragged", way)); });
-    connect(&m_area, &DragArea::ended, this, [this, text](QPointF way) { m_told.append(text("ended", way)); });
-    connect(&m_area, &DragArea::canceled, this, [this] { m_told.append(QStringLiteral("canceled")); });
-    connect(&m_area, &DragArea::doubleClicked, this, [this] { m_told.append(QStringLiteral("double click")); });
+    connect(&m_area, &DragArea::dragged, this, [log](QPointF way) { log("dragged", way); });
+    connect(&m_area, &DragArea::ended, this, [log](QPointF way) { log("ended", way); });
+    connect(&m_area, &DragArea::canceled, this, [this] { m_log += u"canceled; "; });
+    connect(&m_area, &DragArea::doubleClicked, this, [this] { m_log += u"double click; "; });
     m_window.show();
   }
 
   void recognizes_data() {
-    QTest::addColumn<QList<QPoint>>("way");
-    QTest::addColumn<QStringList>("told");
-    QTest::newRow("no drag within ten points") << QList<QPoint>{{56, 57}, {50, 59}, {50, 50}} << QStringList();
-    QTest::newRow("a drag of exactly ten points")
-        << QList<QPoint>{{56, 58}} << QStringList{QStringLiteral("dragged 6 8"), QStringLiteral("ended 6 8")};
-    QTest::newRow("a drag that comes back to its start")
-        << QList<QPoint>{{50, 20}, {50, 49}}
-        << QStringList{QStringLiteral("dragged 0 -30"), QStringLiteral("dragged 0 -1"), QStringLiteral("ended 0 -1")};
+    addRows<std::pair<QList<QPoint>, QString>>({
+        {"no drag within ten points", {{{56, 57}, {50, 59}, {50, 50}}, {}}},
+        {"a drag of exactly ten points", {{{56, 58}}, u"dragged 6 8; ended 6 8; "_qs}},
+        {"a drag that comes back to its start",
+         {{{50, 20}, {50, 49}}, u"dragged 0 -30; dragged 0 -1; ended 0 -1; "_qs}},
+    });
   }
 
   void recognizes() {
-    QFETCH(const QList<QPoint>, way);
+    using Row = std::pair<QList<QPoint>, QString>;
+    QFETCH(const Row, row);
     QTest::mousePress(&m_window, Qt::LeftButton, {}, {50, 50});
-    for (const QPoint point : way) QTest::mouseMove(&m_window, point);
-    QTest::mouseRelease(&m_window, Qt::LeftButton, {}, way.last());
-    QTEST(std::exchange(m_told, {}), "told");
+    for (const QPoint point : row.first) QTest::mouseMove(&m_window, point);
+    QTest::mouseRelease(&m_window, Qt::LeftButton, {}, row.first.last());
+    QCOMPARE(std::exchange(m_log, {}), row.second);
   }
 
   void theMouseIsTakenAway() {
@@ -51,15 +51,14 @@ class DragAreaTest : public QObject {
     m_area.ungrabMouse();
     QCOMPARE(m_area.cursor().shape(), Qt::OpenHandCursor);
     QTest::mouseRelease(&m_window, Qt::LeftButton, {}, {90, 50});
-    QCOMPARE(std::exchange(m_told, {}), (QStringList{QStringLiteral("dragged 30 0"), QStringLiteral("canceled")}));
     QTest::mouseDClick(&m_window, Qt::LeftButton, {}, {50, 50});
-    QCOMPARE(std::exchange(m_told, {}), QStringList{QStringLiteral("double click")});
+    QCOMPARE(m_log, u"dragged 30 0; canceled; double click; "_qs);
   }
 
  private:
   QQuickWindow m_window;
   DragArea m_area;
-  QStringList m_told;
+  QString m_log;
 };
 
 QTEST_MAIN(DragAreaTest)

@@ -16,8 +16,6 @@ Q_IMPORT_QML_PLUGIN(Lumagrid_BrowserPlugin)
 
 using namespace lumagrid;
 
-using Scrolling = PhotoGrid::Scrolling;
-
 // A grid of four columns in a window of 600 x 600 points: tiles of 127, rows of 141 from 24 on. grabWindow() lays out
 // and draws one frame, without a turn of the event loop.
 class PhotoGridTest : public QObject {
@@ -30,9 +28,9 @@ class PhotoGridTest : public QObject {
     open(9);
     settle();
     const auto thumbnails = [this] {
-      QMap<int, qint64> thumbnails;
-      for (const auto [number, tile] : tiles().asKeyValueRange()) thumbnails[number] = tile->thumbnail().cacheKey();
-      return thumbnails;
+      QMap<int, qint64> keys;
+      for (const auto [number, tile] : tiles().asKeyValueRange()) keys[number] = tile->thumbnail().cacheKey();
+      return keys;
     };
     auto before = thumbnails();
     QVERIFY(before.size() == 9 && before[0] != 0);
@@ -117,12 +115,12 @@ class PhotoGridTest : public QObject {
     m_window->view.exitDetailMode();
     QQmlComponent component(&m_engine);
     component.setData(
-        "import Lumagrid.Browser; import Lumagrid.Thumbnails; PhotoGrid { delegate: PhotoThumbnailTile {} }", {});
+        "import Lumagrid.Browser\nimport Lumagrid.Thumbnails\nPhotoGrid { delegate: PhotoThumbnailTile {} }", {});
     m_grid = qobject_cast<PhotoGrid*>(
         component.createWithInitialProperties({{QStringLiteral("view"), QVariant::fromValue(&m_window->view)}}));
-    connect(m_grid, &PhotoGrid::scrollRequested, this, [this](double contentY, Scrolling scrolling) {
-      if (scrolling == Scrolling::Animated) m_animated.append(contentY);
-      if (scrolling == Scrolling::Immediate) m_grid->setContentY(contentY);
+    connect(m_grid, &PhotoGrid::scrollRequested, this, [this](double contentY, PhotoGrid::Scrolling scrolling) {
+      if (scrolling == PhotoGrid::Scrolling::Animated) m_animated.append(contentY);
+      if (scrolling == PhotoGrid::Scrolling::Immediate) m_grid->setContentY(contentY);
     });
     m_grid->setParent(m_quickWindow.get());
     m_grid->setParentItem(m_quickWindow->contentItem());

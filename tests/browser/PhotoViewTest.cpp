@@ -110,15 +110,10 @@ class PhotoViewTest : public QObject {
     QCOMPARE(worst(plain(kBackground)), 0);
   }
 
-  void movesWhenAskedUntilAGestureComes() {
-    QSignalSpy shown(m_view.get(), &PhotoView::displayedChanged);
-    m_view->setZoomScale(3);
-    m_view->animate(PhotoView::Curve::EaseOut);  // before or after the change is the same
-    QTRY_COMPARE(m_view->displayedScale(), 3.0);
-    QVERIFY(shown.size() > 1);
-    m_view->animate(PhotoView::Curve::Spring);
+  void movesUntilAGestureComes() {
+    m_view->animate(PhotoView::Curve::Spring);  // before or after the change is the same
     m_view->setZoomScale(5);
-    QTRY_VERIFY(m_view->displayedScale() > 3.05);
+    QTRY_VERIFY(m_view->displayedScale() > 1.05);
     m_view->setZoomScale(2);
     QTRY_COMPARE(m_view->displayedScale(), 2.0);
     m_view->setOffset({7, 0});

@@ -1,11 +1,12 @@
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 
 #include <QStorageInfo>
-#include <QTest>
 #include <csignal>
 
 #include "DesktopTrash.h"
+#include "Table.h"
 #include "TemporaryHome.h"
 #include "TrashFolder.h"
 
@@ -16,13 +17,9 @@ namespace {
 // On another file system than temporary folders, made while this process may still be root's; null where there is none
 // to write to.
 std::unique_ptr<QTemporaryDir> folderOnAnotherFileSystem() {
-  struct stat home = {};
-  if (::stat(QFile::encodeName(QDir::tempPath()).constData(), &home) != 0) return nullptr;
-  for (const QByteArray parent : {"/dev/shm", "/run", "/tmp", "/var/tmp", "/dev"}) {
-    struct stat other = {};
-    if (::stat(parent.constData(), &other) != 0 || other.st_dev == home.st_dev) continue;
-    auto folder = std::make_unique<QTemporaryDir>(QFile::decodeName(parent + "/lumagrid-XXXXXX"));
-    if (!folder->isValid()) continue;
+  for (const char* parent : {"/dev/shm", "/run", "/tmp", "/var/tmp", "/dev"}) {
+    auto folder = std::make_unique<QTemporaryDir>(QLatin1String(parent) + QLatin1String("/lumagrid-XXXXXX"));
+    if (!folder->isValid() || QStorageInfo(folder->path()) == QStorageInfo(QDir::tempPath())) continue;
     if (::geteuid() == 0) TemporaryHome::giveToNobody(QFile::encodeName(folder->path()));
     return folder;
   }
@@ -55,20 +52,16 @@ QMultiMap<QByteArray, QByteArray> contentOf(const QByteArray& trash) {
 }
 
 // With no room for more than this in any file: writing fails as on a full disk.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    ::getrlimit(RLIMIT_FSIZE, &m_before);
-    const rlimit limit = {bytes, m_before.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
-  Q_DISABLE_COPY_MOVE(FileSizeLimit)
-
- private:
-  rlimit m_before = {};
-};
+std::optional<QString> moveToTrashWithin(rlim_t bytes, const QByteArray& path) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before = {};
+  ::getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit limit = {bytes, before.rlim_max};
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  const auto reason = moveToTrash(path);
+  ::setrlimit(RLIMIT_FSIZE, &before);
+  return reason;
+}
 
 FileDescriptor opened(const QByteArray& path) {
   return FileDescriptor::from([&] { return ::open(path.constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC); });
@@ -94,58 +87,78 @@ class TrashTest : public QObject {
   }
 
   void movesWholeWithARecord_data() {
-    QTest::addColumn<QByteArray>("name");
-    QTest::newRow("no ordinary name") << QByteArray("caf\xE9\n%41 [x]=;.jpg");
-    QTest::newRow("a name that leaves no room for that of its record") << QByteArray("\u00E9").repeated(125) + "x.jpg";
-    QTest::newRow("… nor an extension") << QByteArray(255, 'x');
+    addRows<QByteArray>({{"no ordinary name", "caf\xE9\n%41 [x]=;.jpg"},
+                         {"a name that leaves no room for its record's", QByteArray("\u00E9").repeated(125) + "x.jpg"},
+                         {"… nor an extension", QByteArray(255, 'x')}});
   }
 
   // Files of one name are all kept.
   void movesWholeWithARecord() {
-    QFETCH(QByteArray, name);
-    QMultiMap<QByteArray, QByteArray> expected;
+    QFETCH(const QByteArray, row);
+    const QByteArray path = m_folder + row;
     for (const char* content : {"first", "second", "third"}) {
-      QVERIFY(writeFile(m_folder + name, content));
-      QCOMPARE(moveToTrash(m_folder + name), std::nullopt);
-      QCOMPARE(readFile(m_folder + name), std::nullopt);
-      expected.insert(m_folder + name, content);
+      QVERIFY(writeFile(path, content));
+      QCOMPARE(moveToTrash(path), std::nullopt);
+      QCOMPARE(readFile(path), std::nullopt);
+      QVERIFY(contentOf(m_trash).contains(path, content));
     }
-    const auto found = contentOf(m_trash);
-    for (const char* content : {"first", "second", "third"}) QVERIFY(found.contains(m_folder + name, content));
-    QCOMPARE(found.size(), 3);
+    QCOMPARE(contentOf(m_trash).size(), 3);
     for (const auto& entry : std::filesystem::directory_iterator((m_trash + "/files").toStdString())) {
       const QByteArray kept = QByteArray::fromStdString(entry.path().filename().string());
-      QCOMPARE(kept.isValidUtf8(), name.isValidUtf8());
-      QCOMPARE(kept.endsWith(".jpg"), name.endsWith(".jpg"));
+      QCOMPARE(kept.isValidUtf8(), row.isValidUtf8());
+      QCOMPARE(kept.endsWith(".jpg"), row.endsWith(".jpg"));
     }
   }
 
+  // A process that is killed soon after a number of moves, wherever it then is, loses nothing.
+  void aKilledProcessLosesNothing() {
+    constexpr int kPhotos = 400;
+    for (const int movesToLive : {1, kPhotos / 2, kPhotos - 20}) {
+      init();
+      const auto path = [this](int number) { return m_folder + QByteArray::number(number) + ".jpg"; };
+      for (int number = 0; number < kPhotos; ++number) QVERIFY(writeFile(path(number), "photo"));
+      int moves[2] = {};
+      QCOMPARE(::pipe(moves), 0);
+      const pid_t child = ::fork();
+      for (int number = 0; child == 0; ++number) {
+        if (number == kPhotos || moveToTrash(path(number)) || ::write(moves[1], "x", 1) != 1) ::pause();
+      }
+      char move = 0;
+      for (int count = 0; count < movesToLive; ++count) QCOMPARE(::read(moves[0], &move, 1), 1);
+      ::kill(child, SIGKILL);
+      QCOMPARE(::waitpid(child, nullptr, 0), child);
+      for (const int end : moves) ::close(end);
+      const auto found = contentOf(m_trash);
+      for (int number = 0; number < kPhotos; ++number) {
+        QVERIFY((readFile(path(number)) == "photo") != found.contains(path(number), "photo"));
+      }
+    }
+  }
+
+  // What happens in the folder between the question and the move.
   void movesWhatWasMeantAlone_data() {
-    QTest::addColumn<QByteArray>("command");  // in the folder, between the question and the move
-    QTest::addColumn<QString>("reason");
-    const QString another = QStringLiteral("It is not the same photo any more");
-    QTest::newRow("a folder") << QByteArray("mv photo.jpg away; mkdir photo.jpg; echo x > photo.jpg/x") << another;
-    QTest::newRow("a link to the photo") << QByteArray("mv photo.jpg away; ln -s away photo.jpg") << another;
-    QTest::newRow("another file") << QByteArray("cp -p photo.jpg other; mv other photo.jpg") << another;
-    QTest::newRow("another size") << QByteArray("echo >> photo.jpg; touch -d @1 photo.jpg") << another;
-    QTest::newRow("another date") << QByteArray("touch -d @2 photo.jpg") << another;
-    QTest::newRow("nothing") << QByteArray("mv photo.jpg away") << QStringLiteral("No such file or directory");
+    addRows<QByteArray>({{"a folder", "mv photo.jpg away; mkdir photo.jpg; echo x > photo.jpg/x"},
+                         {"a link to the photo", "mv photo.jpg away; ln -s away photo.jpg"},
+                         {"another file", "cp -p photo.jpg other; mv other photo.jpg"},
+                         {"another size", "echo >> photo.jpg; touch -d @1 photo.jpg"},
+                         {"another date", "touch -d @2 photo.jpg"},
+                         {"nothing", "mv photo.jpg away"}});
   }
 
   void movesWhatWasMeantAlone() {
-    QFETCH(QByteArray, command);
+    QFETCH(const QByteArray, row);
     const FileUrl photo = FileUrl::fromPath(m_folder + "photo.jpg");
     QVERIFY(writeFile(photo.path(), "photo"));
     QCOMPARE(std::system("touch -d @1 " + photo.path()), 0);
     const FileIdentity meant = FileIdentity::of(photo);
-    QCOMPARE(std::system("cd " + m_folder + " && " + command), 0);
+    QCOMPARE(std::system("cd " + m_folder + " && " + row), 0);
     const QStringList before = filesBelow(m_folder);
-    const std::optional<QString> reason = DesktopTrash().trashItem(photo, meant);
-    QTEST(reason.value_or(QString()), "reason");
+    const QFileInfo now(QFile::decodeName(photo.path()));
+    QCOMPARE(DesktopTrash().trashItem(photo, meant).value_or(QString()),
+             now.exists() ? QStringLiteral("It is not the same photo any more")
+                          : QStringLiteral("No such file or directory"));
     // … nor does a new question, unless it is about a file.
-    if (const QFileInfo now(QFile::decodeName(photo.path())); now.isDir() || now.isSymLink()) {
-      QVERIFY(moveToTrash(photo.path()));
-    }
+    if (now.isDir() || now.isSymLink()) QVERIFY(moveToTrash(photo.path()));
     QCOMPARE(filesBelow(m_folder), before);
     QVERIFY(contentOf(m_trash).isEmpty());
   }
@@ -170,57 +183,41 @@ class TrashTest : public QObject {
     QVERIFY(contentOf(m_trash).isEmpty());
   }
 
-  void leavesWholeWhatItCannotMove_data() {
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<int>("room");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("a folder that may not be written to") << 0500 << 1000 << QStringLiteral("Permission denied");
-    QTest::newRow("no room for the record") << 0700 << 0 << QStringLiteral("File too large");
-    QTest::newRow("no room for all of the record") << 0700 << 20 << QStringLiteral("File too large");
-  }
-
   void leavesWholeWhatItCannotMove() {
-    QFETCH(int, mode);
-    QFETCH(int, room);
-    QVERIFY(writeFile(m_folder + "photo.jpg", "x"));
-    QCOMPARE(::chmod(m_folder.constData(), mode_t(mode)), 0);
-    std::optional<QString> reason;
-    {
-      const FileSizeLimit limit{rlim_t(room)};
-      reason = moveToTrash(m_folder + "photo.jpg");
+    const QByteArray path = m_folder + "photo.jpg";
+    QVERIFY(writeFile(path, "x"));
+    for (const auto& [mode, room, reason] : {std::tuple(0500, 1000, "Permission denied"),
+                                             {0700, 0, "File too large"},
+                                             {0700, 20, "File too large"}}) {  // not for all of the record
+      QCOMPARE(::chmod(m_folder.constData(), mode_t(mode)), 0);
+      QCOMPARE(moveToTrashWithin(rlim_t(room), path).value_or(QString()), QLatin1String(reason));
+      QCOMPARE(::chmod(m_folder.constData(), 0700), 0);
+      QCOMPARE(readFile(path), "x");
+      QVERIFY(contentOf(m_trash).isEmpty() && !readFile(m_trash + "/files/photo.jpg"));
     }
-    QCOMPARE(::chmod(m_folder.constData(), 0700), 0);
-    QTEST(reason.value_or(QString()), "reason");
-    QCOMPARE(readFile(m_folder + "photo.jpg"), "x");
-    QVERIFY(contentOf(m_trash).isEmpty() && !readFile(m_trash + "/files/photo.jpg"));
   }
 
+  // What is prepared in the top folder, and the Trash there; empty: none.
   void theTrashOnTopOfAFileSystem_data() {
-    QTest::addColumn<QByteArray>("prepared");  // in the top folder
-    QTest::addColumn<QByteArray>("expected");  // the Trash; empty: none
-    QTest::newRow("one of the user's own") << QByteArray("true") << QByteArray(".Trash-UID");
-    QTest::newRow("one for all users") << QByteArray("mkdir -m 1777 .Trash") << QByteArray(".Trash/UID");
-    QTest::newRow("not where others could take files away")
-        << QByteArray("mkdir -m 0777 .Trash") << QByteArray(".Trash-UID");
-    QTest::newRow("not through a link") << QByteArray("mkdir -m 1777 other; ln -s other .Trash")
-                                        << QByteArray(".Trash-UID");
-    QTest::newRow("nor through one of the user's")
-        << QByteArray("mkdir other; ln -s other .Trash-$(id -u)") << QByteArray();
+    addRows<std::pair<QByteArray, QByteArray>>(
+        {{"one of the user's own", {"true", ".Trash-UID"}},
+         {"one for all users", {"mkdir -m 1777 .Trash", ".Trash/UID"}},
+         {"not where others could take files away", {"mkdir -m 0777 .Trash", ".Trash-UID"}},
+         {"not through a link", {"mkdir -m 1777 other; ln -s other .Trash", ".Trash-UID"}},
+         {"nor through one of the user's", {"mkdir other; ln -s other .Trash-$(id -u)", ""}}});
   }
 
   void theTrashOnTopOfAFileSystem() {
-    QFETCH(QByteArray, prepared);
-    QFETCH(QByteArray, expected);
-    QCOMPARE(std::system("cd " + m_folder + " && " + prepared), 0);
+    using Row = std::pair<QByteArray, QByteArray>;
+    QFETCH(Row, row);
+    QCOMPARE(std::system("cd " + m_folder + " && " + row.first), 0);
     QVERIFY(writeFile(m_folder + "photo.jpg", "x"));
     const auto trash = TrashFolder::onTop(m_folder);
-    QCOMPARE(trash.has_value(), !expected.isEmpty());
+    QCOMPARE(trash.has_value(), !row.second.isEmpty());
     if (!trash) return;
-    const FileDescriptor folder = opened(m_folder);
-    const FileDescriptor photo = opened(m_folder + "photo.jpg");
-    QVERIFY(trash->take({folder, "photo.jpg", photo, "photo.jpg"}));
-    expected.replace("UID", QByteArray::number(::getuid()));
-    QCOMPARE(contentOf(m_folder + expected), (QMultiMap<QByteArray, QByteArray>{{"photo.jpg", "x"}}));
+    QVERIFY(trash->take({opened(m_folder), "photo.jpg", opened(m_folder + "photo.jpg"), "photo.jpg"}));
+    const QByteArray place = m_folder + row.second.replace("UID", QByteArray::number(::getuid()));
+    QCOMPARE(contentOf(place), (QMultiMap<QByteArray, QByteArray>{{"photo.jpg", "x"}}));
   }
 
   // Never as a copy in the home's Trash, and not where no file manager would look for it.

@@ -1,12 +1,12 @@
 #include <lcms2.h>
 
-#include <QTest>
 #include <QTransform>
 #include <QtEndian>
 #include <memory>
 
 #include "ColorConversion.h"
 #include "SamplePictures.h"
+#include "Table.h"
 
 using namespace lumagrid;
 using namespace samples;
@@ -51,6 +51,12 @@ QImage scatteredColors() {
   return colors;
 }
 
+using Field = std::pair<const quint16, quint32>;
+const Field kPalette{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE};
+const Field kLab{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_CIELAB};
+const Field kCmyk{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED};
+const Field kAlpha{TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_UNASSALPHA};
+
 // Samples of one pixel for a whole TIFF of 32 × 32.
 template <typename Sample>
 QByteArray tiffOf(std::map<quint16, quint32> fields, std::initializer_list<Sample> pixel,
@@ -90,6 +96,13 @@ QByteArray indexedBmp(const QByteArray& runs = {}) {
   return "BM" + littleEndian({0, 0, pixelsAt}) + header + palette + (isOs2 ? QByteArray(32 * 32, 1) : runs);
 }
 
+// A file, and the premultiplied colour that comes of it.
+using Colored = std::pair<QByteArray, QColor>;
+// A file, the same with its pixels turned, and the turn that makes it upright.
+using Turned = std::tuple<QByteArray, QByteArray, QTransform>;
+// A file, its whole size, a bound, and the size within it.
+using Sizes = std::tuple<QByteArray, QSize, int, QSize>;
+
 }  // namespace
 
 // Colours, alpha, sizes and turns of the pixels that come out.
@@ -98,16 +111,17 @@ class ImagePixelsTest : public QObject {
 
  private Q_SLOTS:
   void comesOutInSrgb_data() {
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QColor>("expected");  // premultiplied
-    const auto row = [](const char* name, const QByteArray& file, const QColor& expected) {
-      QTest::newRow(name) << file << expected;
+    QTest::addColumn<Colored>("row");
+    const auto row = [](const char* name, const QByteArray& file, const QColor& color) {
+      QTest::newRow(name) << Colored(file, color);
     };
     const QColor color(200, 60, 40);
     // What the primaries of wide-gamut displays make of it, by the matrices of both (IEC 61966-2-1, SMPTE EG 432-1).
     const QColor widened(219, 41, 24);
     const QColor grayed(55, 55, 55);
     const QColor lightened(128, 128, 128);
+    const QColor orange(255, 128, 0);
+    const QColor premultiplied(100, 30, 20, 128);
     const QByteArray wide = QColorSpace(QColorSpace::DisplayP3).iccProfile();
     const QByteArray plain = jpeg(filled(color));
     row("JPEG without a profile counts as sRGB", plain, color);
@@ -126,24 +140,22 @@ class ImagePixelsTest : public QObject {
 
     QImage tagged = filled(color);
     tagged.setColorSpace(QColorSpace::DisplayP3);
-    row("PNG with a wide gamut", encoded(tagged, "png"), widened);
-    row("WebP with a wide gamut", encoded(tagged, "webp"), widened);
-    row("PNG of 16 bits with a wide gamut", encoded(tagged.convertToFormat(QImage::Format_RGBX64), "png"), widened);
-    const QByteArray png = encoded(filled(color), "png");
-    row("PNG whose gamma spells sRGB", withChunk(png, "gAMA", QByteArray("\0\0\xb1\x8f", 4)), color);
+    row("PNG with a wide gamut", pictureFile(tagged, "png"), widened);
+    row("WebP with a wide gamut", pictureFile(tagged, "webp"), widened);
+    row("PNG of 16 bits with a wide gamut", pictureFile(tagged.convertToFormat(QImage::Format_RGBX64), "png"), widened);
+    const QByteArray png = pictureFile(filled(color), "png");
+    const QByteArray gamma = withChunk(png, "gAMA", QByteArray("\0\0\xb1\x8f", 4));
+    row("PNG whose gamma spells sRGB", gamma, color);
     const QByteArray primaries(
         "\0\0\x7a\x26\0\0\x80\x84\0\0\xfa\0\0\0\x80\xe8\0\0\x75\x30\0\0\xea\x60\0\0\x3a\x98\0\0\x17\x70", 32);
-    row("PNG whose gamma and primaries spell sRGB",
-        withChunk(withChunk(png, "gAMA", QByteArray("\0\0\xb1\x8f", 4)), "cHRM", primaries), color);
+    row("PNG whose gamma and primaries spell sRGB", withChunk(gamma, "cHRM", primaries), color);
     row("PNG that names its primaries", withChunk(png, "cICP", QByteArray("\x0c\x0d\0\1", 4)), widened);
-    row("PNG of linear light", withChunk(encoded(filled(grayed), "png"), "gAMA", QByteArray("\0\x01\x86\xa0", 4)),
+    row("PNG of linear light", withChunk(pictureFile(filled(grayed), "png"), "gAMA", QByteArray("\0\x01\x86\xa0", 4)),
         lightened);
-    row("BMP of 5, 6 and 5 bits", bmpOf<quint16>({0xf800, 0x7e0, 0x1f, 0}, 0xf81f), QColor(255, 0, 255));
-    row("BMP of 1, 20 and 7 bits", bmpOf<quint32>({0x80000000, 0xfffff, 0x7f00000, 0}, 0x8007ffff),
-        QColor(255, 128, 0));
-    row("BMP of 5 bits each and one for alpha", bmpOf<quint16>({0x7c00, 0x3e0, 0x1f, 0x8000}, 0xffe0),
-        QColor(255, 255, 0));
-    row("BMP with alpha", bmpOf<quint32>({0xff0000, 0xff00, 0xff, 0xff000000}, 0x80c83c28), QColor(100, 30, 20, 128));
+    row("BMP of 5, 6 and 5 bits", bmpOf<quint16>({0xf800, 0x7e0, 0x1f, 0}, 0xf81f), Qt::magenta);
+    row("BMP of 1, 20 and 7 bits", bmpOf<quint32>({0x80000000, 0xfffff, 0x7f00000, 0}, 0x8007ffff), orange);
+    row("BMP of 5 bits each and one for alpha", bmpOf<quint16>({0x7c00, 0x3e0, 0x1f, 0x8000}, 0xffe0), Qt::yellow);
+    row("BMP with alpha", bmpOf<quint32>({0xff0000, 0xff00, 0xff, 0xff000000}, 0x80c83c28), premultiplied);
     row("BMP with alpha that was left at zero", bmpOf<quint32>({0xff, 0xff00, 0xff0000, 0xff000000}, 0x283cc8), color);
     row("OS/2 BMP with a short palette", indexedBmp(), color);
     row("BMP of runs", indexedBmp(QByteArray("\x20\1\0\0", 4).repeated(32)), color);
@@ -165,55 +177,46 @@ class ImagePixelsTest : public QObject {
     row("TIFF of signed samples", tiffOf<qint8>({{TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_INT}}, {200 - 128, -68, -88}),
         color);
     row("TIFF of floats, some out of range",
-        tiffOf<float>({{TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_IEEEFP}}, {2.F, 0.5F, std::nanf("")}), QColor(255, 128, 0));
+        tiffOf<float>({{TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_IEEEFP}}, {2.F, 0.5F, std::nanf("")}), orange);
     row("TIFF whose zero is white", tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE}}, {200}), grayed);
-    const std::map<quint16, quint32> separated = {{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED}};
-    row("CMYK TIFF", tiffOf<quint8>(separated, {55, 195, 215, 0}), color);
-    row("TIFF of CIELab", tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_CIELAB}}, {121, 55, 45}), color);
+    row("CMYK TIFF", tiffOf<quint8>({kCmyk}, {55, 195, 215, 0}), color);
+    row("TIFF of CIELab", tiffOf<quint8>({kLab}, {121, 55, 45}), color);
     const auto colorMap = [](qsizetype count) {  // black, but for the last colour
       const QByteArray black((count - 1) * 2, '\0');
       return black + "\xc8\xc8" + black + "\x3c\x3c" + black + "\x28\x28";
     };
-    row("TIFF of a palette, 16 bits",
-        tiffOf<quint16>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE}}, {65535}, colorMap(65536)), color);
-    row("CMYK TIFF, 16 bits", tiffOf<quint16>(separated, {55 * 257, 195 * 257, 215 * 257, 0}), color);
+    row("TIFF of a palette, 16 bits", tiffOf<quint16>({kPalette}, {65535}, colorMap(65536)), color);
+    row("CMYK TIFF, 16 bits", tiffOf<quint16>({kCmyk}, {55 * 257, 195 * 257, 215 * 257, 0}), color);
 
     const QByteArray transparent("\0\xc8\0\x3c\0\x28", 6);
-    row("PNG with a transparent colour before a palette that it does not use",
+    row("PNG with a transparent colour before a palette in vain",
         withChunk(withChunk(png, "PLTE", "abc"), "tRNS", transparent), Qt::transparent);
-    const QByteArray deep = encoded(filled(color).convertToFormat(QImage::Format_RGBX64), "png");
+    const QByteArray deep = pictureFile(filled(color).convertToFormat(QImage::Format_RGBX64), "png");
     row("PNG of 16 bits with a transparent colour", withChunk(deep, "tRNS", QByteArray("\xc8\xc8\x3c\x3c\x28\x28", 6)),
         Qt::transparent);
     QImage translucent = filled(QColor(200, 60, 40, 128), {32, 32}, QImage::Format_ARGB32);
-    const QColor premultiplied(100, 30, 20, 128);
-    row("translucent PNG", encoded(translucent, "png"), premultiplied);
+    row("translucent PNG", pictureFile(translucent, "png"), premultiplied);
     row("translucent AVIF", carried("half-transparent.avif"), premultiplied);
     translucent.setColorSpace(QColorSpace::DisplayP3);
-    row("wide gamut: colours first, then alpha", encoded(translucent, "png"), QColor(110, 21, 12, 128));
-    row("TIFF with alpha apart", tiffOf<quint8>({{TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_UNASSALPHA}}, {200, 60, 40, 128}),
-        premultiplied);
+    row("wide gamut: colours first, then alpha", pictureFile(translucent, "png"), QColor(110, 21, 12, 128));
+    row("TIFF with alpha apart", tiffOf<quint8>({kAlpha}, {200, 60, 40, 128}), premultiplied);
     row("TIFF with alpha in the colours",
         tiffOf<quint8>({{TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_ASSOCALPHA}}, {100, 30, 20, 128}), premultiplied);
-    row("TIFF of CIELab, 16 bits, with alpha",
-        tiffOf<quint16>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_CIELAB}, {TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_UNASSALPHA}},
-                        {30972, 14174, 11426, 0x8080}),
+    row("TIFF of CIELab, 16 bits, with alpha", tiffOf<quint16>({kLab, kAlpha}, {30972, 14174, 11426, 0x8080}),
         premultiplied);
-    row("TIFF of a palette with alpha",
-        tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE}, {TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_UNASSALPHA}},
-                       {255, 128}, colorMap(256)),
-        premultiplied);
+    row("TIFF of a palette with alpha", tiffOf<quint8>({kPalette, kAlpha}, {255, 128}, colorMap(256)), premultiplied);
     // Green that nobody sees beside red: the mean is red, half as strong.
     QImage striped = filled(QColor(255, 0, 0, 128), {32, 32}, QImage::Format_ARGB32);
     for (int y = 16; y < 18; ++y) {
       striped.setPixelColor(8, y, QColor(0, 255, 0, 0));
       striped.setPixelColor(9, y, Qt::red);
     }
-    row("scaling keeps hidden colours out", encoded(striped, "png"), QColor(128, 0, 0, 128));
+    row("scaling keeps hidden colours out", pictureFile(striped, "png"), QColor(128, 0, 0, 128));
   }
 
   void comesOutInSrgb() {
-    QFETCH(const QByteArray, file);
-    QFETCH(const QColor, expected);
+    QFETCH(const Colored, row);
+    const auto& [file, expected] = row;
     const bool isOpaque = expected.alpha() == 255;
     for (const int bound : {0, 16}) {
       const auto [pixels, error] = decoded(file, bound);
@@ -237,24 +240,23 @@ class ImagePixelsTest : public QObject {
 
   // Colours over the whole cube, whichever way they go.
   void isWithinOneStepOfTheColorManagementLibrary_data() {
-    QTest::addColumn<QByteArray>("profile");
-    const auto row = [](const char* name, const QColorSpace& space) { QTest::newRow(name) << space.iccProfile(); };
-    row("displays of wide gamut", QColorSpace::DisplayP3);
-    row("photo papers", QColorSpace::AdobeRgb);
-    row("more than the eye sees", QColorSpace::ProPhotoRgb);
-    row("linear light", QColorSpace::SRgbLinear);
     QList<quint16> bent;
     for (int index = 0; index < 64; ++index) bent.append(static_cast<quint16>(index * index * 65535 / (63 * 63)));
-    row("a curve for each channel", QColorSpace(QColorSpace::DisplayP3).withTransferFunctions(bent, {0, 65535}, bent));
-    QTest::newRow("tables beside the matrix") << profileWithTables();
+    const QColorSpace wide(QColorSpace::DisplayP3);
+    addRows<QByteArray>({{"displays of wide gamut", wide.iccProfile()},
+                         {"photo papers", QColorSpace(QColorSpace::AdobeRgb).iccProfile()},
+                         {"more than the eye sees", QColorSpace(QColorSpace::ProPhotoRgb).iccProfile()},
+                         {"linear light", QColorSpace(QColorSpace::SRgbLinear).iccProfile()},
+                         {"curves", wide.withTransferFunctions(bent, {0, 65535}, bent).iccProfile()},
+                         {"tables beside the matrix", profileWithTables()}});
   }
 
   void isWithinOneStepOfTheColorManagementLibrary() {
-    QFETCH(const QByteArray, profile);
+    QFETCH(const QByteArray, row);
     const QImage colors = scatteredColors();
-    const QImage found = convertedToSrgb(colors, ColorModel::rgb, profile);
+    const QImage found = convertedToSrgb(colors, ColorModel::rgb, row);
     QCOMPARE(found.size(), colors.size());
-    const Profile source = opened(profile);
+    const Profile source = opened(row);
     const Profile srgb(cmsCreate_sRGBProfile(), &cmsCloseProfile);
     cmsHTRANSFORM transform =
         cmsCreateTransform(source.get(), TYPE_RGBA_8, srgb.get(), TYPE_RGBA_8, INTENT_PERCEPTUAL, cmsFLAGS_COPY_ALPHA);
@@ -269,9 +271,7 @@ class ImagePixelsTest : public QObject {
   }
 
   void standsUpright_data() {
-    QTest::addColumn<QByteArray>("plain");
-    QTest::addColumn<QByteArray>("lying");
-    QTest::addColumn<QTransform>("turn");
+    QTest::addColumn<Turned>("row");
     const QTransform mirror(-1, 0, 0, 1, 0, 0);
     const QTransform right(0, 1, -1, 0, 0, 0);
     const QTransform half = right * right;
@@ -284,21 +284,20 @@ class ImagePixelsTest : public QObject {
     const QByteArray thumbnail = jpeg(filled(Qt::blue));  // in the file, and never used
     for (int orientation = 0; orientation <= 9; ++orientation) {
       QTest::addRow("JPEG with orientation %d", orientation)
-          << plain << withSegment(plain, 0xe1, exif(orientation) + thumbnail) << turns[orientation];
+          << Turned(plain, withSegment(plain, 0xe1, exif(orientation) + thumbnail), turns[orientation]);
     }
-    const QByteArray png = encoded(image.copy(0, 0, 50, 41), "png");
-    QTest::newRow("PNG with orientation 6") << png << withChunk(png, "eXIf", exif(6).mid(6)) << turns[6];
+    const QByteArray png = pictureFile(image.copy(0, 0, 50, 41), "png");
+    QTest::newRow("PNG with orientation 6") << Turned(png, withChunk(png, "eXIf", exif(6).mid(6)), turns[6]);
     const auto oriented = [&image](quint32 orientation) {
       return tiff({{TIFFTAG_IMAGEWIDTH, 60}, {TIFFTAG_IMAGELENGTH, 50}, {TIFFTAG_ORIENTATION, orientation}},
                   QByteArray(reinterpret_cast<const char*>(image.constBits()), 60 * 50 * 3));
     };
-    QTest::newRow("TIFF with orientation 8") << oriented(1) << oriented(8) << turns[8];
+    QTest::newRow("TIFF with orientation 8") << Turned(oriented(1), oriented(8), turns[8]);
   }
 
   void standsUpright() {
-    QFETCH(const QByteArray, plain);
-    QFETCH(const QByteArray, lying);
-    QFETCH(const QTransform, turn);
+    QFETCH(const Turned, row);
+    const auto& [plain, lying, turn] = row;
     for (const int bound : {0, 37}) {
       const auto [pixels, error] = decoded(lying, bound);
       QCOMPARE(error, ImageError::none);
@@ -307,59 +306,53 @@ class ImagePixelsTest : public QObject {
   }
 
   void comesOutInItsSize_data() {
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QSize>("whole");
-    QTest::addColumn<int>("bound");
-    QTest::addColumn<QSize>("bounded");
-    const auto row = [](const char* name, const QByteArray& file, QSize whole, int bound, QSize bounded) {
-      QTest::newRow(name) << file << whole << bound << bounded;
-    };
+    QTest::addColumn<Sizes>("row");
+    const auto row = [](const char* name, const Sizes& sizes) { QTest::newRow(name) << sizes; };
     const auto plain = [](int width, int height) { return jpeg(filled(Qt::red, {width, height})); };
-    row("the shorter side is rounded", plain(1000, 667), {1000, 667}, 100, {100, 67});
-    row("a standing picture is bound in height", plain(400, 600), {400, 600}, 75, {50, 75});
-    row("a line never loses its last pixel", plain(2000, 3), {2000, 3}, 100, {100, 1});
-    row("a single pixel can be asked for", plain(64, 48), {64, 48}, 1, {1, 1});
-    row("a small picture is not enlarged", plain(33, 21), {33, 21}, 480, {33, 21});
-    row("HEIC, turned by its own property", carried("turned-right.heic"), {64, 96}, 48, {32, 48});
+    row("the shorter side is rounded", {plain(1000, 667), {1000, 667}, 100, {100, 67}});
+    row("a standing picture is bound in height", {plain(400, 600), {400, 600}, 75, {50, 75}});
+    row("a line never loses its last pixel", {plain(2000, 3), {2000, 3}, 100, {100, 1}});
+    row("a single pixel can be asked for", {plain(64, 48), {64, 48}, 1, {1, 1}});
+    row("a small picture is not enlarged", {plain(33, 21), {33, 21}, 480, {33, 21}});
+    row("HEIC, turned by its own property", {carried("turned-right.heic"), {64, 96}, 48, {32, 48}});
 
     const auto dense = [file = plain(96, 64)](const QByteArray& bothDensities) {
       return QByteArray(file).replace(file.indexOf("JFIF") + 8, 4, bothDensities);
     };
     const QByteArray doubled = dense(QByteArray("\0\x90\0\x48", 4));
-    row("twice as dense across, it grows in height", doubled, {96, 128}, 48, {36, 48});
-    row("twice as dense down, it grows in width", dense(QByteArray("\0\x01\0\x02", 4)), {192, 64}, 48, {48, 16});
-    row("no density across", dense(QByteArray("\0\0\0\x48", 4)), {96, 64}, 48, {48, 32});
-    row("a density that no device had", dense(QByteArray("\0\x01\xea\x60", 4)), {96, 64}, 48, {48, 32});
-    row("turned after it was stretched", withSegment(doubled, 0xe1, exif(6)), {128, 96}, 48, {48, 36});
+    row("twice as dense across, it grows in height", {doubled, {96, 128}, 48, {36, 48}});
+    row("twice as dense down, it grows in width", {dense(QByteArray("\0\x01\0\x02", 4)), {192, 64}, 48, {48, 16}});
+    row("no density across", {dense(QByteArray("\0\0\0\x48", 4)), {96, 64}, 48, {48, 32}});
+    row("a density that no device had", {dense(QByteArray("\0\x01\xea\x60", 4)), {96, 64}, 48, {48, 32}});
+    row("turned after it was stretched", {withSegment(doubled, 0xe1, exif(6)), {128, 96}, 48, {48, 36}});
     QImage image = filled(Qt::red, {96, 64});
     const QByteArray rounded("\0\0\x0b\x12\0\0\x0b\x13\x01", 9);
-    row("a unit that was rounded", withChunk(encoded(image, "png"), "pHYs", rounded), {96, 64}, 48, {48, 32});
+    row("a unit that was rounded",
+        {withChunk(pictureFile(filled(Qt::red, {3000, 2}), "png"), "pHYs", rounded), {3000, 2}, 48, {48, 1}});
     image.setDotsPerMeterX(2 * image.dotsPerMeterY());
-    row("PNG, twice as dense across", encoded(image, "png"), {96, 128}, 48, {36, 48});
-    row("TIFF, twice as dense across", encoded(image, "tiff"), {96, 128}, 48, {36, 48});
+    row("PNG, twice as dense across", {pictureFile(image, "png"), {96, 128}, 48, {36, 48}});
+    row("TIFF, twice as dense across", {pictureFile(image, "tiff"), {96, 128}, 48, {36, 48}});
   }
 
   void comesOutInItsSize() {
-    QFETCH(const QByteArray, file);
-    QFETCH(const int, bound);
-    QTEST(decoded(file).pixels.size(), "whole");
-    QTEST(decoded(file, bound).pixels.size(), "bounded");
+    QFETCH(const Sizes, row);
+    const auto& [file, whole, bound, bounded] = row;
+    QCOMPARE(decoded(file).pixels.size(), whole);
+    QCOMPARE(decoded(file, bound).pixels.size(), bounded);
   }
 
   void scaledPixelsAreMeansOfTheirAreas() {
     // One white column in four, so that each pixel of the result covers 7/3 columns.
     QImage stripes = filled(Qt::black, {7, 2});
-    for (const int x : {0, 4}) {
-      for (const int y : {0, 1}) stripes.setPixelColor(x, y, Qt::white);
-    }
-    const QImage scaled = decoded(encoded(stripes, "png"), 3).pixels;
+    for (const int x : {0, 4, 7, 11}) stripes.setPixelColor(x % 7, x / 7, Qt::white);
+    const QImage scaled = decoded(pictureFile(stripes), 3).pixels;
     QCOMPARE(scaled.size(), QSize(3, 1));
     for (int x = 0; x < 3; ++x) {
       const double mean = 255 * (1 - x / 3.0) / (7.0 / 3);
       QVERIFY(std::abs(qRed(scaled.pixel(x, 0)) - mean) <= 1);
     }
     const QSize size(123, 92);
-    QCOMPARE(decoded(encoded(filled(Qt::white, {1000, 750}), "png"), 123).pixels,
+    QCOMPARE(decoded(pictureFile(filled(Qt::white, {1000, 750})), 123).pixels,
              filled(Qt::white, size, QImage::Format_RGBX8888));
   }
 };

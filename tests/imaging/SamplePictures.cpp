@@ -2,7 +2,6 @@
 
 #include <zlib.h>
 
-#include <QBuffer>
 #include <QDir>
 #include <QTemporaryFile>
 #include <QtEndian>
@@ -41,14 +40,6 @@ QImage rough(QSize size, double roughness) {
     }
   }
   return image;
-}
-
-QByteArray encoded(const QImage& image, const char* format) {
-  QByteArray bytes;
-  QBuffer buffer(&bytes);
-  buffer.open(QIODevice::WriteOnly);
-  image.save(&buffer, format, 100);
-  return bytes;
 }
 
 QByteArray jpeg(const QImage& image, const JpegSpec& spec) {

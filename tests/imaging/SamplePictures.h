@@ -12,6 +12,7 @@
 #include <jpeglib.h>
 
 #include "FileImageDecoder.h"
+#include "PhotoFolder.h"
 
 // Small pictures made on the spot, and the pieces of files from which odd ones are put together.
 namespace samples {
@@ -19,8 +20,6 @@ namespace samples {
 QImage filled(const QColor& color, QSize size = {32, 32}, QImage::Format format = QImage::Format_RGB32);
 // Four independent channels, of which CMYK alone uses the last. `roughness` 0: only smooth colours; 1: only noise.
 QImage rough(QSize size, double roughness);
-
-QByteArray encoded(const QImage& image, const char* format);
 
 struct JpegSpec {
   J_COLOR_SPACE colors = JCS_YCbCr;  // as CMYK, the image's four channels are the inverted inks

@@ -82,13 +82,11 @@ struct FakeAlert : Alert {
 };
 
 struct FakeScopedAccess : ScopedAccess {
-  QStringList log;
+  int starts = 0;
+  int stops = 0;
 
-  bool start(const FileUrl& folder) override {
-    log.append(QStringLiteral("start ") + folder.displayName());
-    return true;
-  }
-  void stop(const FileUrl& folder) override { log.append(QStringLiteral("stop ") + folder.displayName()); }
+  bool start(const FileUrl&) override { return ++starts > 0; }
+  void stop(const FileUrl&) override { ++stops; }
 };
 
 struct FakePreferences : Preferences {

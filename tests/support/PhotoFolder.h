@@ -14,18 +14,18 @@
 
 namespace lumagrid {
 
-// The bytes of a picture, losslessly.
+// The bytes of a picture, as lossless as its format is.
 inline QByteArray pictureFile(const QImage& image, const char* format = "PNG") {
   QByteArray bytes;
   QBuffer buffer(&bytes);
   buffer.open(QIODevice::WriteOnly);
-  if (!image.save(&buffer, format)) qFatal("Cannot write a picture");
+  if (!image.save(&buffer, format, 100)) qFatal("Cannot write a picture");
   return bytes;
 }
 
 // … of one colour.
-inline QByteArray samplePhoto(QSize size, Qt::GlobalColor color = Qt::darkCyan, const char* format = "PNG") {
-  QImage image(size, QImage::Format_RGB32);
+inline QByteArray samplePhoto(QSize size, const QColor& color = Qt::darkCyan, const char* format = "PNG") {
+  QImage image(size, QImage::Format_ARGB32);
   image.fill(color);
   return pictureFile(image, format);
 }

@@ -1,18 +1,19 @@
 #include "PhotoThumbnailTile.h"
 
-#include <QQuickWindow>
 #include <QTest>
 #include <semaphore>
 #include <thread>
 
+#include "FakePlatform.h"
 #include "FileImageDecoder.h"
 #include "PhotoFolder.h"
+#include "PictureStore.h"
 #include "ThumbnailStore.h"
 
 using namespace lumagrid;
 
-// Tiles and the store of their thumbnails. The width of a tile's thumbnail tells the bound that it was made with: the
-// photos are larger.
+// Tiles, the store of their thumbnails, and that of whole pictures. The width of a tile's thumbnail tells the bound
+// that it was made with: the photos are larger.
 class ThumbnailsTest : public QObject {
   Q_OBJECT
 
@@ -68,20 +69,6 @@ class ThumbnailsTest : public QObject {
     QVERIFY(m_tile->thumbnail().isNull());  // the later load found no picture
   }
 
-  void aClickEndsWithinTheTile() {
-    QQuickWindow window;
-    window.resize(300, 300);
-    m_tile->setParentItem(window.contentItem());
-    m_tile->setSide(100);
-    window.show();
-    int clicks = 0;
-    connect(m_tile.get(), &PhotoThumbnailTile::clicked, this, [&clicks] { ++clicks; });
-    QTest::mousePress(&window, Qt::LeftButton, {}, {50, 50});
-    QTest::mouseRelease(&window, Qt::LeftButton, {}, {150, 50});
-    QTest::mouseClick(&window, Qt::LeftButton, {}, {2, 2});  // in the corner
-    QCOMPARE(clicks, 1);
-  }
-
   void keepsOneForEachBoundInWholePixels() {
     const FileUrl file = m_folder.add(QStringLiteral("portrait.png"), samplePhoto({1000, 1500}));
     std::vector<QImage> made(16);
@@ -103,12 +90,21 @@ class ThumbnailsTest : public QObject {
     QCOMPARE(ThumbnailStore::thumbnail(file, 240).width(), 240);
   }
 
-  void theCacheIsBoundedInBytes() {
-    const QByteArray photo = samplePhoto({3200, 3200}, Qt::gray, "BMP");  // 40 MB: two fit
-    const QStringList names = numberedNames(3);
-    for (const QString& name : names) (void)ThumbnailStore::thumbnail(m_folder.add(name, photo), 4000);
-    QVERIFY(ThumbnailStore::cachedThumbnail(m_folder.url(names[0]), 4000).isNull());
-    QVERIFY(!ThumbnailStore::cachedThumbnail(m_folder.url(names[1]), 4000).isNull());
+  void picturesAreDecodedOnceForEachContentOfAFile() {
+    FakeImageDecoder decoder;
+    PictureStore store(decoder);
+    const QString name = m_photo.displayName();
+    const auto timesDecoded = [&] {
+      const bool isWhole = !store.decode(m_photo.url).pixels.isNull();
+      return isWhole ? decoder.decoded.size() : -1;
+    };
+    QCOMPARE(timesDecoded(), 1);
+    QCOMPARE(timesDecoded(), 1);
+    m_folder.setDate(name, 1);  // another file of the same length
+    QCOMPARE(timesDecoded(), 2);
+    (void)m_folder.add(name, "shorter");
+    m_folder.setDate(name, 1);
+    QCOMPARE(timesDecoded(), 3);
   }
 
  private:

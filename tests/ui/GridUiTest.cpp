@@ -54,6 +54,8 @@ class GridUiTest : public QObject {
       QTRY_VERIFY(window.shows(QStringLiteral("%1 selected").arg(checked.size())));
     }
     QVERIFY(window.platform.chooser.asked.isEmpty());  // what leaves no longer acts
+    window.find(photoName(9))->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    QTRY_VERIFY(window.shows("5 selected"));
     QTRY_VERIFY(window.shows("Delete") && !window.shows("Choose Folder") && !window.shows("Sort order"));
     window.click("Clear");
     QTRY_VERIFY(checkedTiles(window).isEmpty() && window.shows("Choose Folder") && window.shows("Sort order"));
@@ -65,17 +67,16 @@ class GridUiTest : public QObject {
     OnlyWindow window(m_folder.url());
     constexpr auto kLeft = Qt::LeftButton;
     constexpr auto kRight = Qt::RightButton;
+    constexpr auto kBoth = kLeft | kRight;
     // What is held, one after the other, and the clicks that it makes.
-    const QList<std::pair<QList<Qt::MouseButtons>, int>> presses{
-        {{kLeft, {}}, 1},
-        {{kRight, {}}, 0},
-        {{Qt::MiddleButton, {}}, 0},
-        {{Qt::BackButton, {}}, 0},
-        {{kLeft, kLeft | kRight, kLeft, {}}, 1},
-        {{kLeft, kLeft | kRight, kRight, {}}, 1},
-        {{kRight, kLeft | kRight, kRight, {}}, 1},
-        {{kRight, kLeft | kRight, kLeft, {}}, 1},
-    };
+    const QList<std::pair<QList<Qt::MouseButtons>, int>> presses{{{kLeft, {}}, 1},
+                                                                 {{kRight, {}}, 0},
+                                                                 {{Qt::MiddleButton, {}}, 0},
+                                                                 {{Qt::BackButton, {}}, 0},
+                                                                 {{kLeft, kBoth, kLeft, {}}, 1},
+                                                                 {{kLeft, kBoth, kRight, {}}, 1},
+                                                                 {{kRight, kBoth, kRight, {}}, 1},
+                                                                 {{kRight, kBoth, kLeft, {}}, 1}};
     for (const auto& [buttons, clicks] : presses) {
       const auto press = [&, &held = buttons](QAnyStringView name, Qt::KeyboardModifiers modifiers = {}) {
         const QPoint position = window.rectOf(name).center();
@@ -95,33 +96,16 @@ class GridUiTest : public QObject {
       if (clicks == 0) press(photoName(5));
       QVERIFY(window.view.showsGrid());
     }
-  }
-
-  void tooltipsComeAndLeave() {
-    OnlyWindow window(m_folder.url());
-    const auto isShown = [&window](const char* text) { return window.find(text, QAccessible::ToolTip) != nullptr; };
-    const auto hover = [&](const char* name) { window.pointTo(window.rectOf(name).center()); };
-    const auto position = [&window] { return window.find("Sort order", QAccessible::ToolTip)->rect().topLeft(); };
-    hover(kMore);
-    QTRY_VERIFY(isShown(kMore));
-    hover("Sort order");
-    QTRY_VERIFY(isShown("Sort order"));
-    QVERIFY(!isShown(kMore) && position().y() > window.window.y() + window.rectOf("Sort order").bottom());
-    window.click("Sort order");  // the menu that opens is not covered
-    QVERIFY(!isShown("Sort order"));
-    hover(kFewer);
-    QTRY_VERIFY(isShown(kFewer));
-    window.view.handleTileClick(0, Qt::NoModifier);  // the other stage takes the button's place
-    QTRY_VERIFY(!isShown(kFewer) && window.shows("Next photo"));
+    const QRect tile = window.rectOf(photoName(5));
+    QTest::mousePress(&window.window, kLeft, {}, tile.center());
+    QTest::mouseRelease(&window.window, kLeft, {}, window.rectOf(photoName(6)).center());
+    QVERIFY(window.view.showsGrid());
+    QTest::mouseClick(&window.window, kLeft, {}, tile.topLeft() + QPoint(2, 2));  // in the corner
+    QVERIFY(!window.view.showsGrid());
   }
 
   void theSelectionIsMovedAfterAQuestion() {
     OnlyWindow window(m_folder.url());
-    const auto question = [](const char* photos, const char* selected) {
-      return QStringList{QStringLiteral("Move %1 to Trash?").arg(QLatin1String(photos)),
-                         QStringLiteral("%1 will be moved to the Trash.").arg(QLatin1String(selected)),
-                         QStringLiteral("Move to Trash"), QStringLiteral("Cancel")};
-    };
     window.click(photoName(1), Qt::ControlModifier);
     window.click(photoName(3), Qt::ShiftModifier);
     QTRY_VERIFY(window.shows("3 selected"));
@@ -131,20 +115,15 @@ class GridUiTest : public QObject {
       QCOMPARE(checkedTiles(window), (QSet<int>{1, 2, 3}));
       window.platform.alert.answer = answer;
       window.click("Delete");
-      QCOMPARE(window.platform.alert.asked.last(), question("3 photos", "3 selected photos"));
+      QCOMPARE(window.platform.alert.asked.last().join(u'|'),
+               QStringLiteral("Move 3 photos to Trash?|3 selected photos will be moved to the Trash.|"
+                              "Move to Trash|Cancel"));
     }
-    QCOMPARE(window.platform.trash.moved, (QStringList{photoName(3), photoName(1)}));
     QTRY_VERIFY(checkedTiles(window).isEmpty() && window.shows("Choose Folder"));
     QTRY_VERIFY(!window.shows(photoName(1)) && window.shows(photoName(2)) && !window.shows(photoName(3)));
     window.turnWheel(-120);
     window.press(Qt::Key_Escape);
     QVERIFY(window.find("Moved 2 photos to Trash. 1 failed.", QAccessible::AlertMessage));  // an error stays
-    window.platform.trash.stuck.clear();
-    window.click(photoName(2), Qt::ControlModifier);
-    QTRY_VERIFY(window.shows("1 selected"));
-    window.click("Delete");
-    QCOMPARE(window.platform.alert.asked.last(), question("1 photo", "1 selected photo"));
-    QTRY_VERIFY(!window.shows(photoName(2)));
   }
 
   void theColumnsChange() {
@@ -187,16 +166,16 @@ class GridUiTest : public QObject {
 
   void theSortMenuStoresTheOrderThatItMarks() {
     OnlyWindow window(m_folder.url());
-    const std::pair<SortOrder, const char*> menu[] = {{SortOrder::nameAscending, "Name A\u2013Z"},
-                                                      {SortOrder::nameDescending, "Name Z\u2013A"},
-                                                      {SortOrder::dateNewest, "Newest First"},
-                                                      {SortOrder::dateOldest, "Oldest First"}};
+    const std::pair<SortOrder, QString> menu[] = {{SortOrder::nameAscending, QStringLiteral("Name A\u2013Z")},
+                                                  {SortOrder::nameDescending, QStringLiteral("Name Z\u2013A")},
+                                                  {SortOrder::dateNewest, QStringLiteral("Newest First")},
+                                                  {SortOrder::dateOldest, QStringLiteral("Oldest First")}};
     for (const std::size_t chosen : {3, 2, 0, 1}) {
       window.click("Sort order");
       const std::vector<MenuEntry> entries = window.platform.popupMenu.entries;
       QCOMPARE(entries.size(), std::size(menu));
       for (std::size_t i = 0; i < entries.size(); ++i) {
-        QCOMPARE(entries[i].title, QString::fromUtf8(menu[i].second));
+        QCOMPARE(entries[i].title, menu[i].second);
         QCOMPARE(entries[i].mark == MenuEntry::Mark::check, menu[i].first == window.library.sortOrder());
       }
       entries[chosen].action();
@@ -208,17 +187,14 @@ class GridUiTest : public QObject {
   }
 
   void aStatusShowsUntilItWasSeen() {
-    const PhotoFolder root;
-    const FileUrl folder = root.addFolder(QStringLiteral("folder"));
-    (void)root.add(QStringLiteral("folder/only.jpg"), samplePhoto({20, 20}));
+    const Photos folder({QStringLiteral("only.jpg")});
     UiApp app;
     UiWindow window(app);
     QVERIFY(window.shows("Choose a folder to start browsing.") && window.shows("Sort order"));
     QCOMPARE(window.drop(QUrl(QStringLiteral("https://example.org/folder"))), std::nullopt);
-    QCOMPARE(window.drop(QUrl::fromLocalFile(QFile::decodeName(folder.path()))), true);
-    const char* const loaded = "Loaded 1 photo from \"folder\".";
-    QTRY_VERIFY(window.find(loaded, QAccessible::AlertMessage));
-    QTRY_VERIFY_WITH_TIMEOUT(!window.shows(loaded), 60'000);
+    QCOMPARE(window.drop(QUrl::fromLocalFile(QFile::decodeName(folder.url().path()))), true);
+    QTRY_VERIFY(window.find(window.library.statusMessage(), QAccessible::AlertMessage));
+    QTRY_VERIFY_WITH_TIMEOUT(!window.shows(window.library.statusMessage()), 60'000);
     QVERIFY(window.shows("only.jpg") && !window.shows("Choose a folder to start browsing."));
     window.openPhoto("only.jpg");  // its own info bar shows its status
     window.press(Qt::Key_Escape);
@@ -239,10 +215,8 @@ class GridUiTest : public QObject {
     window.click("36");  // the middle row stays
     QTRY_VERIFY(!rect().isEmpty() && rect().width() < side && std::abs(rect().center().y() - middle) < side);
     const int top = rect().top();
-    window.turnWheel(120);
-    QTRY_COMPARE(rect().top(), top + 120);
     window.turnWheel(-120, {}, -33);  // a touch pad
-    QTRY_COMPARE(rect().top(), top + 120 - 33);
+    QTRY_COMPARE(rect().top(), top - 33);
   }
 
  private:

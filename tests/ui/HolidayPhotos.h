@@ -7,19 +7,11 @@
 namespace lumagrid {
 
 // Half in one colour, half in the other, along the longer side.
-inline QImage twoColors(QSize size, Qt::GlobalColor first, Qt::GlobalColor second) {
-  QImage image(size, QImage::Format_RGB32);
+inline QImage twoColors(QSize size, QColor first, QColor second) {
+  QImage image(size.width() > size.height() ? QSize(2, 1) : QSize(1, 2), QImage::Format_RGB32);
   image.fill(second);
-  const QSize half =
-      size.width() > size.height() ? QSize(size.width() / 2, size.height()) : QSize(size.width(), size.height() / 2);
-  QPainter(&image).fillRect(QRect(QPoint(), half), first);
-  return image;
-}
-
-inline QImage oneColor(const QColor& color) {
-  QImage image(20, 20, QImage::Format_ARGB32);
-  image.fill(color);
-  return image;
+  image.setPixelColor(0, 0, first);
+  return image.scaled(size);
 }
 
 // Lines of one pixel, which only the photo's own pixels show, around squares whose colours tell the place.
@@ -41,11 +33,11 @@ class HolidayPhotos : public PhotoFolder {
 
   HolidayPhotos() : m_folder(addFolder(QStringLiteral("Holidays"))) {
     for (int number = 0; number < kCount; ++number) {
-      put(number, pictureFile(oneColor(QColor::fromHsv(number * 37 % 360, 90, 200))));
+      put(number, samplePhoto({20, 20}, QColor::fromHsv(number * 37 % 360, 90, 200)));
     }
     put(1, pictureFile(twoColors({200, 100}, Qt::darkRed, Qt::darkYellow)));
     put(2, pictureFile(twoColors({100, 200}, Qt::darkBlue, Qt::darkGreen)));
-    put(4, pictureFile(oneColor(QColor(0, 128, 128, 100))));
+    put(4, samplePhoto({20, 20}, QColor(0, 128, 128, 100)));
     put(7, "damaged");
   }
 

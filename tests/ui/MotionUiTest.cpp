@@ -5,6 +5,7 @@
 #include "AnimationClock.h"
 #include "PhotoGrid.h"
 #include "PhotoView.h"
+#include "Table.h"
 #include "UiWindow.h"
 
 using namespace lumagrid;
@@ -18,6 +19,8 @@ struct Movement {
   std::function<double(Window)> value;
   double from;
   double to;
+  int duration;  // ms
+  QEasingCurve curve;
 };
 
 QEasingCurve bezier(QPointF first, QPointF second) {
@@ -29,41 +32,21 @@ QEasingCurve bezier(QPointF first, QPointF second) {
 const QEasingCurve kEaseOut = bezier({0, 0}, {0.58, 1});
 const QEasingCurve kEaseInOut = bezier({0.42, 0}, {0.58, 1});
 
-QQuickItem* itemOf(Window window, const char* name) {
-  const QAccessibleInterface* found = window.find(name);
-  return found ? qobject_cast<QQuickItem*>(found->object()) : nullptr;
-}
-
-// Of the button with this title, with that of all that it is a part of; 0 for what does not show. One that leaves is no
-// longer there for assistive technology.
-double opacityOf(Window window, const char* title) {
-  double opacity = 0;
+// What the button with this title and all that it is a part of come to; 0 for what does not show. A button that leaves
+// is no longer there for assistive technology.
+double productOf(Window window, const char* title, double (QQuickItem::*factor)() const) {
   for (const QQuickItem* item : window.window.findChildren<QQuickItem*>()) {
     if (item->property("text") != QLatin1String(title) || !item->property("iconName").isValid()) continue;
-    opacity = item->isVisible() ? 1 : 0;
-    for (; item; item = item->parentItem()) opacity *= item->opacity();
-    break;
+    double product = item->isVisible() ? 1 : 0;
+    for (; item; item = item->parentItem()) product *= (item->*factor)();
+    return product;
   }
-  return opacity;
-}
-
-double scaleOf(Window window, const char* name) {
-  double scale = 1;
-  for (const QQuickItem* item = itemOf(window, name); item; item = item->parentItem()) scale *= item->scale();
-  return scale;
+  return 0;
 }
 
 double displayedScale(Window window) {
   const auto* photo = window.window.findChild<PhotoView*>();
   return photo ? photo->displayedScale() : 0;
-}
-
-double contentY(Window window) {
-  return window.window.findChild<PhotoGrid*>()->contentY();
-}
-
-int greenInTheMiddleOf(Window window, const char* tile) {
-  return window.grab().pixelColor(window.rectOf(tile).center()).green();
 }
 
 void zoom(Window window) {
@@ -79,62 +62,58 @@ class MotionUiTest : public QObject {
 
  private Q_SLOTS:
   void moves_data() {
-    QTest::addColumn<Movement>("movement");
-    QTest::addColumn<int>("duration");  // ms
-    QTest::addColumn<QEasingCurve>("curve");
     const auto press = [](const char* name) {
-      return [name](Window window) {
-        QTest::mousePress(&window.window, Qt::LeftButton, {}, window.rectOf(name).center());
-      };
+      return [name](Window window) { window.pointTo(window.rectOf(name).center(), Qt::LeftButton); };
     };
-    const auto scale = [](const char* name) { return [name](Window window) { return scaleOf(window, name); }; };
+    const auto scale = [](const char* title) {
+      return [title](Window window) { return productOf(window, title, &QQuickItem::scale); };
+    };
+    const auto opacity = [](const char* title) {
+      return [title](Window window) { return productOf(window, title, &QQuickItem::opacity); };
+    };
+    const auto green = [](Window window) { return window.grab().pixelColor(window.rectOf("5.jpg").center()).green(); };
+    const auto contentY = [](Window window) { return window.window.findChild<PhotoGrid*>()->contentY(); };
     const auto check = [](Window window) { window.click("5.jpg", Qt::ControlModifier); };
-
-    QTest::newRow("a button shrinks while it is held") << Movement{press("9"), scale("9"), 1, 0.98} << 120 << kEaseOut;
-    QTest::newRow("a checked photo is dimmed")
-        << Movement{check, [](Window window) { return greenInTheMiddleOf(window, "5.jpg"); }, 128, 100} << 150
-        << kEaseOut;
-    QTest::newRow("the control bar leaves when a selection begins")
-        << Movement{check, [](Window window) { return opacityOf(window, "Choose Folder"); }, 1, 0} << 180 << kEaseInOut;
-    QTest::newRow("the selection's bar comes")
-        << Movement{check, [](Window window) { return opacityOf(window, "Delete"); }, 0, 1} << 180 << kEaseInOut;
-    QTest::newRow("the selection's bar grows as it comes")
-        << Movement{check, scale("Delete"), 0.96, 1} << 180 << kEaseInOut;
-    QTest::newRow("another photo is fitted")
-        << Movement{[](Window window) { window.press(Qt::Key_Right); }, displayedScale, 3, 1} << 120 << kEaseOut;
-    QTest::newRow("the grid scrolls to the current photo") << Movement{[](Window window) {
-                                                                         window.library.openPhoto(199);
-                                                                         window.click("Choose Folder");  // cancelled
-                                                                       },
-                                                                       contentY, 0, 7910}
-                                                           << 180 << kEaseInOut;
-    QTest::newRow("the wheel scrolls by a notch")
-        << Movement{[](Window window) { window.turnWheel(-120); }, contentY, 0, 120} << 120 << kEaseOut;
+    const auto next = [](Window window) { window.press(Qt::Key_Right); };
+    const auto scroll = [](Window window) {
+      window.library.openPhoto(199);
+      window.click("Choose Folder");  // cancelled
+    };
+    const auto turn = [](Window window) { window.turnWheel(-120); };
+    addRows<Movement>({
+        {"a button shrinks while it is held",
+         {press("Choose Folder"), scale("Choose Folder"), 1, 0.985, 120, kEaseOut}},
+        {"a checked photo is dimmed", {check, green, 128, 100, 150, kEaseOut}},
+        {"the control bar leaves when a selection begins", {check, opacity("Choose Folder"), 1, 0, 180, kEaseInOut}},
+        {"the selection's bar comes", {check, opacity("Delete"), 0, 1, 180, kEaseInOut}},
+        {"the selection's bar grows as it comes", {check, scale("Delete"), 0.96, 1, 180, kEaseInOut}},
+        {"another photo is fitted", {next, displayedScale, 3, 1, 120, kEaseOut}},
+        {"the grid scrolls to the current photo", {scroll, contentY, 0, 7910, 180, kEaseInOut}},
+        {"the wheel scrolls by a notch", {turn, contentY, 0, 120, 120, kEaseOut}},
+    });
   }
 
   void moves() {
-    QFETCH(const Movement, movement);
-    QFETCH(const int, duration);
-    QFETCH(const QEasingCurve, curve);
+    QFETCH(const Movement, row);
     m_clock.run();
     OnlyWindow window(m_folder.url());
     window.platform.chooser.answer = std::nullopt;
-    if (movement.from == 3) zoom(window);
+    if (row.from == 3) zoom(window);
     m_clock.hold();
     rest(window);
-    movement.begin(window);
+    row.begin(window);
     rest(window);
-    const double way = movement.to - movement.from;
+    const double way = row.to - row.from;
     for (const double progress : {0.25, 0.5, 0.75}) {
-      m_clock.pass(duration / 4);
+      m_clock.pass(row.duration / 4);
       rest(window);
-      const double done = (movement.value(window) - movement.from) / way;
-      const double expected = curve.valueForProgress(progress);
+      const double done = (row.value(window) - row.from) / way;
+      const double expected = row.curve.valueForProgress(progress);
       QVERIFY2(std::abs(done - expected) < kTolerance, qPrintable(QStringLiteral("%1 not %2").arg(done).arg(expected)));
     }
-    m_clock.pass(duration - 3 * (duration / 4));
+    m_clock.pass(row.duration - 3 * (row.duration / 4));
     rest(window);
-    QCOMPARE(movement.value(window), movement.to);
+    QCOMPARE(row.value(window), row.to);
   }
 
   // A spring with a response of 0.3 s and a damping fraction of 0.8, in closed form.
@@ -175,7 +154,6 @@ class MotionUiTest : public QObject {
     window.click("0.jpg", Qt::ControlModifier);
     m_clock.pass(0);
     QCOMPARE(window.grab(), before);
-    QVERIFY(!window.shows("Choose Folder") && !window.shows("Sort order"));  // they leave, and do nothing any more
     for (int time = 0; time < 200; time += 20) {
       QCOMPARE(border(), accent);
       m_clock.pass(20);

@@ -18,7 +18,6 @@ using namespace lumagrid;
 
 namespace {
 
-constexpr QSize kLarge(1600, 1000);
 constexpr QMargins kAround(16, 16, 16, 16);  // a control: its shadow and its focus ring
 constexpr int kLongestAnimation = 200;       // ms
 
@@ -27,7 +26,7 @@ struct DesktopApp {
   Appearance appearance;
   WidgetPalette palette{appearance};
   QtAlert alert{palette};
-  UiApp ui{appearance.colorScheme(), nullptr, &alert};
+  UiApp ui{appearance.colorScheme(), &alert};
 
   explicit DesktopApp(ColorScheme scheme) : appearance(scheme) { ui.platform.decoder.picture = largePhoto(); }
 };
@@ -54,7 +53,7 @@ class PictureUiTest : public QObject {
   void selections() {
     for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
       open(scheme);
-      if (scheme == ColorScheme::dark) resize(kLarge);
+      if (scheme == ColorScheme::dark) enlarge();
       for (const int number : {0, 2, 4, 7}) m_window->click(photoName(number), Qt::ControlModifier);
       isAs("selection");
     }
@@ -68,7 +67,7 @@ class PictureUiTest : public QObject {
     m_window->view.endDrag({300, -200});
     isAs("photo-zoomed");
     open(ColorScheme::dark);
-    resize(kLarge);
+    enlarge();
     m_window->openPhoto("10.jpg");
     isAs("photo");
   }
@@ -112,8 +111,7 @@ class PictureUiTest : public QObject {
     for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
       open(scheme);
       QList<QImage> under;
-      const QRect all(QPoint(), m_window->window.size());
-      const QRect bar(all.right() - 40, 60, 40, 120);
+      const QRect bar(m_window->window.width() - 41, 60, 40, 120);
       const auto hover = [this](const QRect& rect) { QTest::mouseMove(&m_window->window, rect.center()); };
       for (const char* title : {"Lumagrid", "File"}) {
         hover(m_window->rectOf(title));
@@ -164,6 +162,7 @@ class PictureUiTest : public QObject {
       QTRY_VERIFY(m_window->library.photoCount() > 0);
       take();
       m_window->library.openFolder(m_folder.url(QStringLiteral("missing")));
+      m_clock.pass(10'000);  // an error stays
       take();
       isAs("status", joined(lines, Qt::Vertical));
     }
@@ -208,9 +207,9 @@ class PictureUiTest : public QObject {
     m_clock.hold();
   }
 
-  void resize(QSize content) {
-    m_window->window.resize(content + QSize(0, m_window->menuBarHeight()));
-    QTRY_COMPARE(m_window->window.contentItem()->width(), content.width());
+  void enlarge() {
+    m_window->window.resize(1600, 1000 + m_window->menuBarHeight());
+    QTRY_COMPARE(m_window->window.contentItem()->width(), 1600);
   }
 
   [[nodiscard]] bool isLoading() const { return m_app->ui.app.thumbnailQueue().pendingCount() > 0; }

@@ -96,7 +96,7 @@ void UiWindow::turnWheel(int angle, Qt::KeyboardModifiers modifiers, int pixels)
   QCoreApplication::sendEvent(&window, &event);
 }
 
-void UiWindow::pinch(const QList<double>& magnifications, const std::function<void()>& atTheLast) {
+void UiWindow::pinch(const QList<double>& magnifications) {
   const auto send = [this](Qt::NativeGestureType type, double value) {
     QNativeGestureEvent event(type, QPointingDevice::primaryPointingDevice(), 2, middle(), middle(),
                               window.mapToGlobal(middle()), value, {});
@@ -105,19 +105,19 @@ void UiWindow::pinch(const QList<double>& magnifications, const std::function<vo
   send(Qt::BeginNativeGesture, 0);
   double before = 1;
   for (const double now : magnifications) send(Qt::ZoomNativeGesture, now / std::exchange(before, now) - 1);
-  if (atTheLast) atTheLast();
   send(Qt::EndNativeGesture, 0);
 }
 
 std::optional<bool> UiWindow::drop(const QUrl& url) {
   QMimeData data;
   data.setUrls({url});
+  const auto accepts = [&](QDropEvent&& event) {
+    QCoreApplication::sendEvent(&window, &event);
+    return event.isAccepted();
+  };
   constexpr auto kActions = Qt::CopyAction | Qt::MoveAction;
-  QDragEnterEvent enter(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier);
-  QCoreApplication::sendEvent(&window, &enter);
-  QDragMoveEvent move(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier);
-  QCoreApplication::sendEvent(&window, &move);
-  if (!enter.isAccepted() || !move.isAccepted()) {
+  if (!accepts(QDragEnterEvent(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier)) ||
+      !accepts(QDragMoveEvent(middle(), kActions, &data, Qt::LeftButton, Qt::ShiftModifier))) {
     QDragLeaveEvent leave;
     QCoreApplication::sendEvent(&window, &leave);
     return std::nullopt;

@@ -20,11 +20,10 @@ struct UiApp {
   Appearance appearance;
   LumagridApp app;
 
-  // The platform's Trash and alert, unless there are ones of the test's own.
-  explicit UiApp(ColorScheme colorScheme = ColorScheme::light, Trash* trash = nullptr, Alert* alert = nullptr)
+  // The alert is the platform's, unless there is one of the test's own.
+  explicit UiApp(ColorScheme colorScheme = ColorScheme::light, Alert* alert = nullptr)
       : appearance(colorScheme),
-        app({{platform.decoder, trash ? *trash : platform.trash, platform.chooser, alert ? *alert : platform.alert,
-              platform.access},
+        app({{platform.decoder, platform.trash, platform.chooser, alert ? *alert : platform.alert, platform.access},
              platform.preferences,
              platform.popupMenu,
              appearance}) {}
@@ -60,7 +59,7 @@ class UiWindow {
   // `angle` in eighths of a degree; `pixels`, where there are any, scroll by exact points.
   void turnWheel(int angle, Qt::KeyboardModifiers modifiers = {}, int pixels = 0);
   // Two fingers on a touch pad, over the middle of the window; magnifications are relative to the start.
-  void pinch(const QList<double>& magnifications, const std::function<void()>& atTheLast = nullptr);
+  void pinch(const QList<double>& magnifications);
   // Drops what is at `url` on the middle of the window from a source that would rather move it; whether the window took
   // a copy. Nothing when it was refused while it hovered.
   std::optional<bool> drop(const QUrl& url);
