@@ -10,7 +10,7 @@
 namespace lumagrid {
 namespace {
 
-// Four channels, alpha apart from the colours, and no more bits than the conversion of colours can use.
+// Four channels, alpha apart from the colors, and no more bits than the conversion of colors can use.
 QImage::Format workFormat(const QImage& pixels) {
   const bool isDeep = pixels.depth() == 64 || pixels.format() == QImage::Format_RGBX16FPx4 ||
                       pixels.format() == QImage::Format_RGBX32FPx4 || pixels.format() == QImage::Format_RGBA32FPx4;

@@ -14,7 +14,7 @@ struct RawPicture {
   QSize storedSize;  // of the whole picture in the file, when the codec scaled it down already
 };
 
-// The last steps that all formats share: colours, square pixels, bound (0: none), alpha, orientation. Each in the order
+// The last steps that all formats share: colors, square pixels, bound (0: none), alpha, orientation. Each in the order
 // that makes the least work and keeps alpha right. `damaged` for null pixels.
 [[nodiscard]] DecodedImage finishedPicture(RawPicture picture, std::int64_t bound);
 

@@ -130,7 +130,7 @@ void PhotoLibrary::loadCurrentImage(const std::optional<QString>& statusOverride
     return;
   }
   const QString name = photo->url.nameInSentence();
-  adviseNeighbours();
+  adviseNeighbors();
   DecodedImage decoded = m_services.decoder.decode(photo->url);
   if (decoded.pixels.isNull()) {
     setCurrentImage({});
@@ -142,7 +142,7 @@ void PhotoLibrary::loadCurrentImage(const std::optional<QString>& statusOverride
 }
 
 // While this photo is decoded, the system can read those that a step would show.
-void PhotoLibrary::adviseNeighbours() {
+void PhotoLibrary::adviseNeighbors() {
   for (const std::int64_t index : {m_currentIndex + 1, m_currentIndex - 1}) {
     if (index >= 0 && index < photoCount()) m_services.decoder.willNeed(m_photos[static_cast<std::size_t>(index)].url);
   }

@@ -59,8 +59,8 @@ std::vector<BenchPhoto> benchPhotos() {
       spec.quality = 85;
       photos.push_back({name, samples::jpeg(picture, spec)});
     };
-    add("made, colour halved", {});
-    add("made, full colour", {.sampling = {{1, 1}, {1, 1}, {1, 1}}});
+    add("made, color halved", {});
+    add("made, full color", {.sampling = {{1, 1}, {1, 1}, {1, 1}}});
     add("made, progressive", {.coding = &jpeg_simple_progression});
     add("made, with restarts", {.restartInterval = 375});  // after each row of MCUs
   }

@@ -13,7 +13,7 @@ struct BenchPhoto {
 };
 
 // The JPEG files of the folder that LUMAGRID_BENCH_PHOTOS names, by name; without it, made ones of 24 megapixels whose
-// detail and size in bytes are like those of photos: with colour halved both ways, with full colour, progressive, and
+// detail and size in bytes are like those of photos: with color halved both ways, with full color, progressive, and
 // with restart markers.
 [[nodiscard]] std::vector<BenchPhoto> benchPhotos();
 

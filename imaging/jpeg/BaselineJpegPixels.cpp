@@ -12,7 +12,7 @@ std::uint8_t clamped(int value) {
   return static_cast<std::uint8_t>(std::clamp(value, 0, 255));
 }
 
-// What a pair of colour differences adds to the luminance.
+// What a pair of color differences adds to the luminance.
 struct Chroma {
   int red;
   int green;

@@ -124,7 +124,7 @@ class ContentViewTest : public QObject {
     const auto drop = [&] { view->handleDrop({other}), QCoreApplication::processEvents(); };
     const std::initializer_list<std::tuple<const char*, bool, std::function<void()>>> actions{
         {"a folder is chosen", true, chooseOther},
-        {"the chooser is cancelled", true, choose},
+        {"the chooser is canceled", true, choose},
         {"the photo is left", true, [&] { view->exitDetailMode(); }},
         {"other columns", true, [&] { view->setGridDimension(5); }},
         {"the same columns", true, [&] { view->setGridDimension(4); }},

@@ -48,8 +48,8 @@ class PhotoGridTest : public QObject {
 
   void scrollsThroughManyPhotos() {
     open(400, 200);
-    const double centred = 24 + 50 * 141 + 63.5 - 300;
-    QCOMPARE(m_grid->contentY(), centred);  // it appears there
+    const double centered = 24 + 50 * 141 + 63.5 - 300;
+    QCOMPARE(m_grid->contentY(), centered);  // it appears there
     const GridLayout layout{m_window->view.gridMetrics({600, 600}), 4, 400, {600, 600}};
     for (int contentY = 0; contentY < int(layout.contentHeight()); contentY += 333) {
       m_grid->setContentY(contentY);
@@ -63,7 +63,7 @@ class PhotoGridTest : public QObject {
       m_window->view.exitDetailMode();
       settle();
     }
-    QCOMPARE(m_animated, (QList<double>{m_grid->contentHeight() - 600, centred}));
+    QCOMPARE(m_animated, (QList<double>{m_grid->contentHeight() - 600, centered}));
     for (const auto* tile : madeTiles()) QCOMPARE(tile->name().isEmpty(), !tile->isVisible());  // none loads unseen
     m_window->library.extendSelection(399);
     settle();

@@ -13,30 +13,30 @@ namespace {
 
 const QColor kBackground(10, 20, 30);
 
-using Colour = std::function<QColor(double x, double y)>;
+using Color = std::function<QColor(double x, double y)>;
 
-Colour plain(QColor colour) {
-  return [colour](double, double) { return colour; };
+Color plain(QColor color) {
+  return [color](double, double) { return color; };
 }
 
-// Red and green tell where a point is in the whole photo, blue where it is among its neighbours.
+// Red and green tell where a point is in the whole photo, blue where it is among its neighbors.
 constexpr QSize kLarge(3001, 2003);
 QColor gradient(double x, double y) {
   const double wave = std::sin((x + 2 * y) / 48);
   return QColor::fromRgbF(float(x / kLarge.width()), float(y / kLarge.height()), float(0.5 + 0.3 * wave));
 }
 
-// Black and white pixels by turns, and what lies between their centres.
+// Black and white pixels by turns, and what lies between their centers.
 QColor checks(double x, double y) {
   const double column = std::abs(std::remainder(x - 0.5, 2));
   const double row = std::abs(std::remainder(y - 0.5, 2));
   return QColor::fromHsvF(0, 0, float(column * (1 - row) + row * (1 - column)));
 }
 
-QImage painted(QSize size, const Colour& colour) {
+QImage painted(QSize size, const Color& color) {
   QImage image(size, QImage::Format_RGBX8888);
   for (int y = 0; y < size.height(); ++y) {
-    for (int x = 0; x < size.width(); ++x) image.setPixelColor(x, y, colour(x + 0.5, y + 0.5));
+    for (int x = 0; x < size.width(); ++x) image.setPixelColor(x, y, color(x + 0.5, y + 0.5));
   }
   return image;
 }
@@ -73,7 +73,7 @@ class PhotoViewTest : public QObject {
     QTRY_VERIFY(worst(gradient) <= 4);  // the toolkit shrinks with an error of 1.4
   }
 
-  // The fitted picture has lost them to grey: only the photo's own pixels have them.
+  // The fitted picture has lost them to gray: only the photo's own pixels have them.
   void refinesToThePhotosPixels() {
     m_view->setImage(painted({550, 384}, checks));  // as large as its box
     QCOMPARE(worst(checks), 0);
@@ -102,9 +102,9 @@ class PhotoViewTest : public QObject {
 
   void replacesAndRemovesThePhoto() {
     m_view->setZoomScale(2.5);
-    for (const auto& [side, colour] : {std::pair(1500, Qt::red), {1500, Qt::green}, {2, Qt::blue}}) {
-      m_view->setImage(painted({side, side}, plain(colour)));
-      QCOMPARE(worst(plain(colour)), 0);
+    for (const auto& [side, color] : {std::pair(1500, Qt::red), {1500, Qt::green}, {2, Qt::blue}}) {
+      m_view->setImage(painted({side, side}, plain(color)));
+      QCOMPARE(worst(plain(color)), 0);
     }
     m_view->setImage({});
     QCOMPARE(worst(plain(kBackground)), 0);
@@ -134,8 +134,8 @@ class PhotoViewTest : public QObject {
   }
 
  private:
-  // The largest difference from `colour`, away from the photo's edges; from the background outside.
-  [[nodiscard]] int worst(const Colour& colour) const {
+  // The largest difference from `color`, away from the photo's edges; from the background outside.
+  [[nodiscard]] int worst(const Color& color) const {
     const QImage shown = m_window->grabWindow().convertToFormat(QImage::Format_RGB32);
     const QRectF rect =
         zoomedRect(pixelAligned(m_view->fittedBox(), {}, 1), m_view->size(), {m_view->zoomScale(), m_view->offset()});
@@ -148,7 +148,7 @@ class PhotoViewTest : public QObject {
         const QPointF at = pixel.center() - rect.topLeft();
         const bool isInside = rect.adjusted(8, 8, -8, -8).contains(pixel);
         if (!isInside && rect.adjusted(-1, -1, 1, 1).intersects(pixel)) continue;
-        const QColor right = isInside ? colour(at.x() * across, at.y() * down) : kBackground;
+        const QColor right = isInside ? color(at.x() * across, at.y() * down) : kBackground;
         const QColor seen = shown.pixelColor(x, y);
         worst = std::max({worst, std::abs(seen.red() - right.red()), std::abs(seen.green() - right.green()),
                           std::abs(seen.blue() - right.blue())});

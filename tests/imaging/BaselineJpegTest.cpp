@@ -68,12 +68,12 @@ class BaselineJpegTest : public QObject {
  private Q_SLOTS:
   void givesThePixelsOfTheGeneralDecoder_data() {
     addRows<JpegSpec>({
-        {"full colour", {.sampling = {{1, 1}, {1, 1}, {1, 1}}}},
-        {"colour halved both ways", {}},
-        {"colour quartered across and halved down", {.sampling = {{4, 2}, {1, 1}, {1, 1}}}},
-        {"both colours in their own way", {.sampling = {{2, 2}, {1, 2}, {2, 1}}}},
-        {"brightness coarser than colour", {.sampling = {{1, 1}, {2, 2}, {2, 2}}}},
-        {"full colour in blocks of four", {.sampling = {{2, 1}, {2, 1}, {2, 1}}}},
+        {"full color", {.sampling = {{1, 1}, {1, 1}, {1, 1}}}},
+        {"color halved both ways", {}},
+        {"color quartered across and halved down", {.sampling = {{4, 2}, {1, 1}, {1, 1}}}},
+        {"both colors in their own way", {.sampling = {{2, 2}, {1, 2}, {2, 1}}}},
+        {"brightness coarser than color", {.sampling = {{1, 1}, {2, 2}, {2, 2}}}},
+        {"full color in blocks of four", {.sampling = {{2, 1}, {2, 1}, {2, 1}}}},
         {"gray with factors that mean nothing", {.colors = JCS_GRAYSCALE, .sampling = {{2, 2}}}},
         {"red, green and blue", {.colors = JCS_RGB}},
         {"CMYK", {.colors = JCS_CMYK}},
@@ -135,7 +135,7 @@ class BaselineJpegTest : public QObject {
 
   void decodesStripsSideBySide_data() { givesThePixelsOfTheGeneralDecoder_data(); }
 
-  // The colours of neighbouring rows are mixed where they are enlarged, across the cuts too.
+  // The colors of neighboring rows are mixed where they are enlarged, across the cuts too.
   void decodesStripsSideBySide() {
     QFETCH(JpegSpec, row);
     const QImage image = samples::rough({250, 331}, 0.3);

@@ -40,12 +40,12 @@ QByteArray profileWithTables() {
   return saved(profile);
 }
 
-// The gray axis, then colours scattered over the cube; enough for several threads.
+// The gray axis, then colors scattered over the cube; enough for several threads.
 QImage scatteredColors() {
   QImage colors(2048, 2304, QImage::Format_RGBX8888);
   auto* pixels = reinterpret_cast<quint32*>(colors.bits());
   for (quint32 index = 0; index < 2048 * 2304; ++index) {
-    const quint32 color = index < 256 ? index * 0x10101U : index * 6700417U;  // odd, so that no colour comes twice
+    const quint32 color = index < 256 ? index * 0x10101U : index * 6700417U;  // odd, so that no color comes twice
     pixels[index] = qToLittleEndian(0xff000000U | color);
   }
   return colors;
@@ -86,7 +86,7 @@ QByteArray bmpOf(std::initializer_list<quint32> masks, Pixel pixel) {
   return "BM" + littleEndian({0, 0, 14 + 56}) + header + samples.repeated(32 * 32);
 }
 
-// Pixels of 8 bits, all of them the second colour of a palette of two, or as `runs` says.
+// Pixels of 8 bits, all of them the second color of a palette of two, or as `runs` says.
 QByteArray indexedBmp(const QByteArray& runs = {}) {
   const bool isOs2 = runs.isEmpty();
   const QByteArray header = isOs2 ? littleEndian({12, 32 << 16 | 32, 8 << 16 | 1})
@@ -96,7 +96,7 @@ QByteArray indexedBmp(const QByteArray& runs = {}) {
   return "BM" + littleEndian({0, 0, pixelsAt}) + header + palette + (isOs2 ? QByteArray(32 * 32, 1) : runs);
 }
 
-// A file, and the premultiplied colour that comes of it.
+// A file, and the premultiplied color that comes of it.
 using Colored = std::pair<QByteArray, QColor>;
 // A file, the same with its pixels turned, and the turn that makes it upright.
 using Turned = std::tuple<QByteArray, QByteArray, QTransform>;
@@ -105,7 +105,7 @@ using Sizes = std::tuple<QByteArray, QSize, int, QSize>;
 
 }  // namespace
 
-// Colours, alpha, sizes and turns of the pixels that come out.
+// Colors, alpha, sizes and turns of the pixels that come out.
 class ImagePixelsTest : public QObject {
   Q_OBJECT
 
@@ -160,7 +160,7 @@ class ImagePixelsTest : public QObject {
     row("OS/2 BMP with a short palette", indexedBmp(), color);
     row("BMP of runs", indexedBmp(QByteArray("\x20\1\0\0", 4).repeated(32)), color);
     row("BMP of runs that skip most of it", indexedBmp(QByteArray("\x20\1\0\2\0\x1f\1\1", 8)), Qt::transparent);
-    // One pixel of the second colour in the last corner of the canvas, whose background is the first.
+    // One pixel of the second color in the last corner of the canvas, whose background is the first.
     const QByteArray palette("\xc8\x3c\x28\0\0\0", 6);
     const QByteArray corner = QByteArray(",\x1f\0\x1f\0\1\0\1\0\x80", 10) + palette + QByteArray("\2\2L\1\0;", 6);
     const QByteArray canvas("GIF89a\x20\0\x20\0", 10);
@@ -181,7 +181,7 @@ class ImagePixelsTest : public QObject {
     row("TIFF whose zero is white", tiffOf<quint8>({{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE}}, {200}), grayed);
     row("CMYK TIFF", tiffOf<quint8>({kCmyk}, {55, 195, 215, 0}), color);
     row("TIFF of CIELab", tiffOf<quint8>({kLab}, {121, 55, 45}), color);
-    const auto colorMap = [](qsizetype count) {  // black, but for the last colour
+    const auto colorMap = [](qsizetype count) {  // black, but for the last color
       const QByteArray black((count - 1) * 2, '\0');
       return black + "\xc8\xc8" + black + "\x3c\x3c" + black + "\x28\x28";
     };
@@ -189,18 +189,18 @@ class ImagePixelsTest : public QObject {
     row("CMYK TIFF, 16 bits", tiffOf<quint16>({kCmyk}, {55 * 257, 195 * 257, 215 * 257, 0}), color);
 
     const QByteArray transparent("\0\xc8\0\x3c\0\x28", 6);
-    row("PNG with a transparent colour before a palette in vain",
+    row("PNG with a transparent color before a palette in vain",
         withChunk(withChunk(png, "PLTE", "abc"), "tRNS", transparent), Qt::transparent);
     const QByteArray deep = pictureFile(filled(color).convertToFormat(QImage::Format_RGBX64), "png");
-    row("PNG of 16 bits with a transparent colour", withChunk(deep, "tRNS", QByteArray("\xc8\xc8\x3c\x3c\x28\x28", 6)),
+    row("PNG of 16 bits with a transparent color", withChunk(deep, "tRNS", QByteArray("\xc8\xc8\x3c\x3c\x28\x28", 6)),
         Qt::transparent);
     QImage translucent = filled(QColor(200, 60, 40, 128), {32, 32}, QImage::Format_ARGB32);
     row("translucent PNG", pictureFile(translucent, "png"), premultiplied);
     row("translucent AVIF", carried("half-transparent.avif"), premultiplied);
     translucent.setColorSpace(QColorSpace::DisplayP3);
-    row("wide gamut: colours first, then alpha", pictureFile(translucent, "png"), QColor(110, 21, 12, 128));
+    row("wide gamut: colors first, then alpha", pictureFile(translucent, "png"), QColor(110, 21, 12, 128));
     row("TIFF with alpha apart", tiffOf<quint8>({kAlpha}, {200, 60, 40, 128}), premultiplied);
-    row("TIFF with alpha in the colours",
+    row("TIFF with alpha in the colors",
         tiffOf<quint8>({{TIFFTAG_EXTRASAMPLES, EXTRASAMPLE_ASSOCALPHA}}, {100, 30, 20, 128}), premultiplied);
     row("TIFF of CIELab, 16 bits, with alpha", tiffOf<quint16>({kLab, kAlpha}, {30972, 14174, 11426, 0x8080}),
         premultiplied);
@@ -211,7 +211,7 @@ class ImagePixelsTest : public QObject {
       striped.setPixelColor(8, y, QColor(0, 255, 0, 0));
       striped.setPixelColor(9, y, Qt::red);
     }
-    row("scaling keeps hidden colours out", pictureFile(striped, "png"), QColor(128, 0, 0, 128));
+    row("scaling keeps hidden colors out", pictureFile(striped, "png"), QColor(128, 0, 0, 128));
   }
 
   void comesOutInSrgb() {
@@ -238,7 +238,7 @@ class ImagePixelsTest : public QObject {
     QCOMPARE(convertedToSrgb(image, ColorModel::rgb, QColorSpace(QColorSpace::SRgb).iccProfile()), image);
   }
 
-  // Colours over the whole cube, whichever way they go.
+  // Colors over the whole cube, whichever way they go.
   void isWithinOneStepOfTheColorManagementLibrary_data() {
     QList<quint16> bent;
     for (int index = 0; index < 64; ++index) bent.append(static_cast<quint16>(index * index * 65535 / (63 * 63)));

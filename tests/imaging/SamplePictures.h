@@ -18,7 +18,7 @@
 namespace samples {
 
 QImage filled(const QColor& color, QSize size = {32, 32}, QImage::Format format = QImage::Format_RGB32);
-// Four independent channels, of which CMYK alone uses the last. `roughness` 0: only smooth colours; 1: only noise.
+// Four independent channels, of which CMYK alone uses the last. `roughness` 0: only smooth colors; 1: only noise.
 QImage rough(QSize size, double roughness);
 
 struct JpegSpec {

@@ -24,7 +24,7 @@ class StyleTest : public QObject {
 
   void toolTipsStandBelowWithinTheWindow() {
     const auto position = [](const QRectF& item) { return ToolTipArea::positionOf({80, 24}, item, {400, 300}); };
-    QCOMPARE(position({100, 50, 41, 30}), QPointF(81, 88));    // centred
+    QCOMPARE(position({100, 50, 41, 30}), QPointF(81, 88));    // centered
     QCOMPARE(position({0, 50, 30, 30}), QPointF(8, 88));       // not beyond the left edge
     QCOMPARE(position({380, 50, 20, 30}), QPointF(312, 88));   // nor the right one
     QCOMPARE(position({100, 230, 40, 30}), QPointF(80, 268));  // just above the lower edge
@@ -52,7 +52,7 @@ class StyleTest : public QObject {
     load("Row { " + item + item + "}");
     const auto shown = [this](int index) { return m_view->findChildren<ToolTipArea*>()[index]->isShown(); };
     const auto bubbles = [this] { return m_view->contentItem()->childItems().size() - 1; };
-    QTest::mouseMove(m_view.get(), kCentre + QPoint(15, 0));
+    QTest::mouseMove(m_view.get(), kCenter + QPoint(15, 0));
     QTRY_VERIFY(shown(1));
     QTest::mouseMove(m_view.get(), kOverItem);
     QTRY_VERIFY(shown(0) && !shown(1));
@@ -64,7 +64,7 @@ class StyleTest : public QObject {
   void pointerKeysAndAssistiveTechnologyClick() {
     load("GridPresetButtonStyle { text: '9'; helpText: '3 x 3 grid'; isActive: true }");
     QSignalSpy clicks(m_item, SIGNAL(clicked()));
-    const auto click = [this] { QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, kCentre); };
+    const auto click = [this] { QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, kCenter); };
     click();
     QVERIFY(!m_item->hasActiveFocus());  // that would take the keys away from the window
     QTest::keyClick(m_view.get(), Qt::Key_Tab);
@@ -120,17 +120,17 @@ class StyleTest : public QObject {
     const Shape shape{.part = Shape::Part::fill, .radius = 20, .color = qRgb(31, 111, 95)};
     for (const QSizeF size : {QSizeF(181, 181), QSizeF(34, 34), QSizeF(63, 41)}) {
       const NinePatch patch = shapeImage(shape, size, 1.5);
-      const QPoint centre(patch.border.left() - 1, patch.border.top() - 1);
-      QCOMPARE(patch.image.pixel(centre), shape.color);
+      const QPoint center(patch.border.left() - 1, patch.border.top() - 1);
+      QCOMPARE(patch.image.pixel(center), shape.color);
       for (const QImage& image : {patch.image, patch.image.mirrored(true, true)}) {
-        QVERIFY(qAlpha(image.pixel(centre.x(), 0)) > 240 && qAlpha(image.pixel(0, centre.y())) > 240);
+        QVERIFY(qAlpha(image.pixel(center.x(), 0)) > 240 && qAlpha(image.pixel(0, center.y())) > 240);
         QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
       }
     }
   }
 
  private:
-  static constexpr QPoint kCentre{100, 100};
+  static constexpr QPoint kCenter{100, 100};
   static constexpr QPoint kOverItem{85, 100};
 
   template <typename Event>
@@ -147,7 +147,7 @@ class StyleTest : public QObject {
     QVERIFY2(m_item, qPrintable(component.errorString()));
     m_item->setParent(m_view->contentItem());
     m_item->setParentItem(m_view->contentItem());
-    m_item->setPosition(kCentre - QPointF(m_item->width(), m_item->height()) / 2);
+    m_item->setPosition(kCenter - QPointF(m_item->width(), m_item->height()) / 2);
     m_view->show();
     m_view->requestActivate();
     QVERIFY(QTest::qWaitForWindowActive(m_view.get()));

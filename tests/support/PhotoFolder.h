@@ -23,7 +23,7 @@ inline QByteArray pictureFile(const QImage& image, const char* format = "PNG") {
   return bytes;
 }
 
-// … of one colour.
+// … of one color.
 inline QByteArray samplePhoto(QSize size, const QColor& color = Qt::darkCyan, const char* format = "PNG") {
   QImage image(size, QImage::Format_ARGB32);
   image.fill(color);

@@ -202,7 +202,7 @@ class GridUiTest : public QObject {
     QVERIFY(!window.shows("Showing \"only.jpg\"."));
   }
 
-  void thePhotoThatWasShownComesToTheCentre() {
+  void thePhotoThatWasShownComesToTheCenter() {
     const Photos many(200);
     OnlyWindow window(many.url());
     window.openPhoto("15.jpg");

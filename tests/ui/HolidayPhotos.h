@@ -6,7 +6,7 @@
 
 namespace lumagrid {
 
-// Half in one colour, half in the other, along the longer side.
+// Half in one color, half in the other, along the longer side.
 inline QImage twoColors(QSize size, QColor first, QColor second) {
   QImage image(size.width() > size.height() ? QSize(2, 1) : QSize(1, 2), QImage::Format_RGB32);
   image.fill(second);
@@ -14,7 +14,7 @@ inline QImage twoColors(QSize size, QColor first, QColor second) {
   return image.scaled(size);
 }
 
-// Lines of one pixel, which only the photo's own pixels show, around squares whose colours tell the place.
+// Lines of one pixel, which only the photo's own pixels show, around squares whose colors tell the place.
 inline QImage largePhoto() {
   QImage image(2400, 1600, QImage::Format_RGBX8888);
   image.fill(Qt::white);

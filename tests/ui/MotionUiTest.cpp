@@ -77,7 +77,7 @@ class MotionUiTest : public QObject {
     const auto next = [](Window window) { window.press(Qt::Key_Right); };
     const auto scroll = [](Window window) {
       window.library.openPhoto(199);
-      window.click("Choose Folder");  // cancelled
+      window.click("Choose Folder");  // canceled
     };
     const auto turn = [](Window window) { window.turnWheel(-120); };
     addRows<Movement>({

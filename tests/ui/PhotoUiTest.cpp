@@ -21,7 +21,7 @@ class PhotoUiTest : public QObject {
  private Q_SLOTS:
   void waysLeadBackToTheGrid() {
     OnlyWindow window(m_folder.url());
-    window.platform.chooser.answer = std::nullopt;  // cancelled
+    window.platform.chooser.answer = std::nullopt;  // canceled
     for (const char* way : {"Grid", "Choose Folder"}) {
       window.openPhoto("2.jpg");
       QVERIFY(!window.shows("1.jpg") && !window.shows("Sort order") && !window.shows("16"));
