@@ -20,4 +20,12 @@ std::size_t keptBytes() {
   return static_cast<std::size_t>(bytes);
 }
 
+DecodingBudget decodingBudget(int decoders) {
+  constexpr std::int64_t kMost = std::int64_t{8} << 30;
+  constexpr std::int64_t kMostUnasked = std::int64_t{192} << 20;  // a photo of 24 megapixels, and its coefficients
+  const std::int64_t bytes = std::min(machineMemory().value_or(0) / 4, kMost) - static_cast<std::int64_t>(keptBytes());
+  const std::int64_t unasked = std::min(kMostUnasked, bytes / 2 / decoders);
+  return {unasked, bytes - decoders * unasked};
+}
+
 }  // namespace lumagrid

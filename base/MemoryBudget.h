@@ -19,4 +19,12 @@ namespace lumagrid {
   return keptBytes() - keptThumbnailBytes();
 }
 
+// What all decoders together may use while they work, in bytes: with what is kept, a quarter of the machine's memory,
+// and 8 GiB at most. Each of `decoders` has `unaskedEach`; the rest is claimed for single pictures.
+struct DecodingBudget {
+  std::int64_t unaskedEach;
+  std::int64_t claimed;
+};
+[[nodiscard]] DecodingBudget decodingBudget(int decoders);
+
 }  // namespace lumagrid

@@ -1,44 +1,16 @@
 #include "FileContents.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 
-#include "MemoryLimit.h"
+#include "PictureMemory.h"
 
 namespace lumagrid {
 namespace {
 
-class Descriptor {
- public:
-  explicit Descriptor(const QByteArray& path) : m_number(::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
-  ~Descriptor() {
-    if (m_number >= 0) ::close(m_number);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  [[nodiscard]] int number() const { return m_number; }
-
- private:
-  const int m_number;
-};
-
-ImageError errorOfOpening(int systemError) {
-  switch (systemError) {
-    case EACCES:
-    case EPERM:
-      return ImageError::denied;
-    case ENXIO:  // a socket, or a device that is not there
-    case ELOOP:
-      return ImageError::unsupported;
-    default:
-      return ImageError::missing;
-  }
-}
+constexpr std::int64_t kLargestFile = std::int64_t{1} << 30;  // four times the largest camera's
 
 // Reads up to `count` bytes; fewer at the end of the file, -1 when the system reports a failure.
 qsizetype readUpTo(int descriptor, char* target, qsizetype count) {
@@ -55,24 +27,17 @@ qsizetype readUpTo(int descriptor, char* target, qsizetype count) {
 
 }  // namespace
 
-std::variant<QByteArray, ImageError> readFile(const FileUrl& file, bool (*wanted)(QByteArrayView head)) {
-  if (file.isEmpty()) return ImageError::missing;
-  const Descriptor descriptor(file.path());
-  if (descriptor.number() < 0) return errorOfOpening(errno);
-  struct stat status {};
-  if (::fstat(descriptor.number(), &status) != 0) return ImageError::damaged;
-  if (!S_ISREG(status.st_mode)) return ImageError::unsupported;
-
-  const qsizetype size = status.st_size;
+std::variant<QByteArray, ImageError> readContents(int descriptor, std::int64_t size,
+                                                  bool (*wanted)(QByteArrayView head)) {
   char head[kFormatHeadBytes];
-  const qsizetype headSize = readUpTo(descriptor.number(), head, std::min(size, kFormatHeadBytes));
+  const qsizetype headSize = readUpTo(descriptor, head, std::min<qsizetype>(size, kFormatHeadBytes));
   if (headSize < 0) return ImageError::damaged;
   if (!wanted(QByteArrayView(head, headSize))) return ImageError::unsupported;
-  if (size > pictureByteLimit()) return ImageError::tooLarge;
+  if (size > kLargestFile || !claimMemory(size)) return ImageError::tooLarge;
 
   QByteArray bytes(size, Qt::Uninitialized);
   std::copy_n(head, headSize, bytes.data());
-  const qsizetype rest = readUpTo(descriptor.number(), bytes.data() + headSize, size - headSize);
+  const qsizetype rest = readUpTo(descriptor, bytes.data() + headSize, size - headSize);
   if (rest < 0) return ImageError::damaged;
   bytes.truncate(headSize + rest);  // it may have shrunk meanwhile
   return bytes;

@@ -4,7 +4,6 @@
 #include <QByteArrayView>
 #include <variant>
 
-#include "FileUrl.h"
 #include "ImageDecoder.h"
 
 namespace lumagrid {
@@ -12,9 +11,10 @@ namespace lumagrid {
 // How many bytes of a file's beginning tell its format.
 inline constexpr qsizetype kFormatHeadBytes = 512;
 
-// The bytes of a regular file, read (never mapped: a file cut short under a mapping kills the process) after `wanted`
-// has accepted its first kFormatHeadBytes, or as many as there are. Never waits for the other end of a FIFO. Fails with
-// missing, denied, unsupported (not a regular file, not wanted), tooLarge or damaged (it cannot be read). Any thread.
-[[nodiscard]] std::variant<QByteArray, ImageError> readFile(const FileUrl& file, bool (*wanted)(QByteArrayView head));
+// The `size` bytes of a regular file, open at its beginning, or fewer when it has shrunk. Read (never mapped: a file
+// cut short under a mapping kills the process) after `wanted` has accepted the first kFormatHeadBytes, or as many as
+// there are. Fails with unsupported (not wanted), tooLarge or damaged (it cannot be read). Any thread.
+[[nodiscard]] std::variant<QByteArray, ImageError> readContents(int descriptor, std::int64_t size,
+                                                                bool (*wanted)(QByteArrayView head));
 
 }  // namespace lumagrid

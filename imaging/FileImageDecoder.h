@@ -14,6 +14,12 @@ class FileImageDecoder : public ImageDecoder {
   [[nodiscard]] DecodedImage decode(const FileUrl& file) override;
   // A bound below 1 counts as 1.
   [[nodiscard]] DecodedImage decodeBounded(const FileUrl& file, std::int64_t maxPixelSize) override;
+
+  // A regular file of `size` bytes, open at its beginning; `bound` as in CodecRequest.
+  [[nodiscard]] static DecodedImage decodeOpenFile(int descriptor, std::int64_t size, std::int64_t bound);
 };
+
+// Loads what codecs load at their first use, for a process that cannot open files later.
+void prepareCodecs();
 
 }  // namespace lumagrid

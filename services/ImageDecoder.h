@@ -16,6 +16,11 @@ enum class ImageError {
   tooLarge,     // it asks for more memory than is sane
 };
 
+inline constexpr ImageError kLastImageError = ImageError::tooLarge;
+
+// Of a file that the system does not open, from errno; EINVAL stands for what is no regular file.
+[[nodiscard]] ImageError errorOfOpening(int systemError);
+
 // A decoded picture: upright, sRGB, square pixels. `pixels` is RGBA8888_Premultiplied or, when opaque, RGBX8888; null
 // exactly when `error` is not none.
 struct DecodedImage {

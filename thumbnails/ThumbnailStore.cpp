@@ -68,9 +68,7 @@ QImage thumbnail(const FileUrl& file, double maxPixelSize) {
   if (const auto cached = cache().object(key)) return *cached;
   ImageDecoder* const decoder = s_decoder;
   if (!decoder) return {};
-  DecodedImage decoded = decoder->decodeBounded(file, bound);
-  // What cannot be decoded at the bound may still open as a whole.
-  if (decoded.error == ImageError::damaged) decoded = decoder->decode(file);
+  const DecodedImage decoded = decoder->decodeBounded(file, bound);
   if (decoded.pixels.isNull()) return {};
   cache().setObject(key, decoded.pixels, static_cast<std::size_t>(decoded.pixels.sizeInBytes()));
   return decoded.pixels;
