@@ -10,13 +10,14 @@
 namespace lumagrid {
 
 AppMenus::AppMenus(RecentFolders& recentFolders, NotificationCenter& notificationCenter, PopupMenu& popupMenu,
-                   Alert& alert, OpenDialogs& dialogs, QObject* parent)
+                   Alert& alert, OpenDialogs& dialogs, std::function<QString()> knownLimits, QObject* parent)
     : QObject(parent),
       m_recentFolders(recentFolders),
       m_notificationCenter(notificationCenter),
       m_popupMenu(popupMenu),
       m_alert(alert),
-      m_dialogs(dialogs) {
+      m_dialogs(dialogs),
+      m_knownLimits(std::move(knownLimits)) {
   connect(&m_recentFolders, &RecentFolders::urlsChanged, this, &AppMenus::fileMenuChanged);
 }
 
@@ -47,8 +48,12 @@ std::vector<MenuEntry> AppMenus::applicationMenu() {
   about.title = tr("About Lumagrid");
   about.action = [this] {
     m_dialogs.run([this] {
+      QString text = tr("A photo browser: a folder of pictures as a grid.");
+      if (const QString limits = m_knownLimits ? m_knownLimits() : QString(); !limits.isEmpty()) {
+        text += QStringLiteral("\n\n") + limits;
+      }
       (void)m_alert.runModal({QStringLiteral("Lumagrid %1").arg(QCoreApplication::applicationVersion()),
-                              tr("A photo browser: a folder of pictures as a grid."),
+                              text,
                               {{tr("Close"), AlertRole::accept}},
                               AlertRequest::Style::information});
     });

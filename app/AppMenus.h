@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QPointF>
 #include <QWindow>
+#include <functional>
 #include <vector>
 
 #include "PopupMenu.h"
@@ -24,9 +25,9 @@ class AppMenus : public QObject {
   Q_PROPERTY(bool fileMenuHasEntries READ fileMenuHasEntries NOTIFY fileMenuChanged)
 
  public:
-  // All outlive this.
+  // All outlive this. `knownLimits` gives a sentence for About, or nothing.
   AppMenus(RecentFolders& recentFolders, NotificationCenter& notificationCenter, PopupMenu& popupMenu, Alert& alert,
-           OpenDialogs& dialogs, QObject* parent = nullptr);
+           OpenDialogs& dialogs, std::function<QString()> knownLimits, QObject* parent = nullptr);
 
   [[nodiscard]] bool fileMenuHasEntries() const;
   [[nodiscard]] std::vector<MenuEntry> fileMenu();
@@ -47,6 +48,7 @@ class AppMenus : public QObject {
   PopupMenu& m_popupMenu;
   Alert& m_alert;
   OpenDialogs& m_dialogs;
+  const std::function<QString()> m_knownLimits;
 };
 
 }  // namespace lumagrid

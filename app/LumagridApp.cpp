@@ -11,7 +11,8 @@ LumagridApp::LumagridApp(const Platform& platform, QObject* parent)
     : QObject(parent),
       m_platform(platform),
       m_recentFolders(m_platform.preferences),
-      m_menus(m_recentFolders, m_notificationCenter, m_platform.popupMenu, m_platform.services.alert, m_dialogs) {
+      m_menus(m_recentFolders, m_notificationCenter, m_platform.popupMenu, m_platform.services.alert, m_dialogs,
+              m_platform.knownLimits) {
   Palette::instance()->setAppearance(&m_platform.appearance);
   // Hinted to the pixel grid, as the desktop's other texts are.
   QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);

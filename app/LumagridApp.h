@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QQmlEngine>
 #include <QQuickWindow>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -30,6 +31,8 @@ class LumagridApp : public QObject {
     Preferences& preferences;
     PopupMenu& popupMenu;
     const Appearance& appearance;
+    // What this system does not give, in a sentence, or nothing; shown by About.
+    std::function<QString()> knownLimits = {};
   };
 
   explicit LumagridApp(const Platform& platform, QObject* parent = nullptr);

@@ -1,31 +1,62 @@
 #include <QApplication>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <vector>
 
 #include "CommandLine.h"
 #include "DesktopPlatform.h"
-#include "FileImageDecoder.h"
 #include "LumagridApp.h"
 #include "PictureStore.h"
 #include "PortalAppearance.h"
+#include "ProcessImageDecoder.h"
 #include "QmlPlugins.h"
 #include "SettingsPreferences.h"
 #include "SoftwareFallback.h"
 #include "StartAhead.h"
 #include "ThumbnailStore.h"
 #include "Tuning.h"
+#include "WorkerPool.h"
 
 using namespace lumagrid;
 
 namespace {
 
-int run(QApplication& application, char* const* arguments, const CommandLine& line, PictureStore& pictures,
-        std::unique_ptr<StartAhead> ahead) {
+// Beside this program, as it is built, or where packages put what people do not start.
+QByteArray decoderProgram() {
+  const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  const auto beside = folder / "lumagrid-decoder";
+  return QByteArray::fromStdString(std::filesystem::exists(beside)
+                                       ? beside.string()
+                                       : (folder.parent_path() / LUMAGRID_LIBEXECDIR "/lumagrid-decoder").string());
+}
+
+// Nothing is decoded or waited for any more once this goes, and nothing in the background needs what was made before
+// it.
+class BackgroundEnd {
+ public:
+  explicit BackgroundEnd(ProcessImageDecoder& decoder) : m_decoder(decoder) {}
+  BackgroundEnd(const BackgroundEnd&) = delete;
+  BackgroundEnd& operator=(const BackgroundEnd&) = delete;
+  ~BackgroundEnd() {
+    m_decoder.stop();
+    workerPool().clear();
+    workerPool().waitForDone();
+  }
+
+ private:
+  ProcessImageDecoder& m_decoder;
+};
+
+int run(QApplication& application, char* const* arguments, const CommandLine& line, ProcessImageDecoder& decoder,
+        PictureStore& pictures, std::unique_ptr<StartAhead> ahead) {
+  QObject::connect(&application, &QApplication::aboutToQuit, &application, [&decoder] { decoder.stop(); });
   PortalAppearance appearance(line.appearance);
   SettingsPreferences preferences;
   DesktopPlatform desktop(pictures, preferences, appearance);
-  LumagridApp app(desktop.platform());
+  LumagridApp::Platform platform = desktop.platform();
+  platform.knownLimits = [&decoder] { return decoder.missingProtection(); };
+  LumagridApp app(platform);
 
   QQuickWindow* window = app.makeWindow();
   if (!window) return EXIT_FAILURE;
@@ -63,9 +94,10 @@ int main(int argc, char* argv[]) {
     return EXIT_SUCCESS;
   }
   tuneToolkit();
-  FileImageDecoder decoder;
+  ProcessImageDecoder decoder(decoderProgram());
   ThumbnailStore::setDecoder(decoder);
   PictureStore pictures(decoder);
+  const BackgroundEnd end(decoder);
   std::unique_ptr<StartAhead> ahead;
   if (const CommandLine early = parse(); early.action == CommandLine::Action::open && !early.path.isEmpty()) {
     ahead = std::make_unique<StartAhead>(FileUrl::fromPath(early.path), pictures);
@@ -78,5 +110,5 @@ int main(int argc, char* argv[]) {
     std::fprintf(stderr, "lumagrid: %s\n%s", qPrintable(line.refusal), qPrintable(CommandLine::helpText()));
     return 2;
   }
-  return run(application, arguments.data(), line, pictures, std::move(ahead));
+  return run(application, arguments.data(), line, decoder, pictures, std::move(ahead));
 }

@@ -4,25 +4,29 @@
 #include <QFile>
 #include <charconv>
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
 
 #include "FileImageDecoder.h"
+#include "ProcessImageDecoder.h"
 
 namespace {
 
 constexpr char kUsage[] =
-    "Usage: lumagrid-decode [--thumbnail N] [--png OUT] FILE...\n"
+    "Usage: lumagrid-decode [--thumbnail N] [--png OUT] [--in-process] FILE...\n"
     "Opens pictures as the browser does and prints one line for each: its size, the time it took, its path.\n"
     "  --thumbnail N  scaled down so that the longer side has N pixels\n"
     "  --png OUT      also writes the picture (of a single FILE) to OUT\n"
+    "  --in-process   decodes without a process of its own around the codecs\n"
     "  --help         prints this text\n"
     "Exits with 0 when all of them opened, 1 when one did not, 2 when it was called wrongly.\n";
 
 struct Arguments {
   std::int64_t thumbnailPixels = 0;  // 0: the whole picture
   QByteArray pngPath;
+  bool isInProcess = false;
   std::vector<QByteArray> files;  // bytes as given: a path need not be UTF-8
 };
 
@@ -40,6 +44,8 @@ std::optional<Arguments> parse(int argc, char* argv[]) {
       if (error != std::errc() || end != number.data() + number.size() || arguments.thumbnailPixels < 1) return {};
     } else if (hasOptions && argument == "--png" && index + 1 < argc) {
       arguments.pngPath = argv[++index];
+    } else if (hasOptions && argument == "--in-process") {
+      arguments.isInProcess = true;
     } else if (hasOptions && argument.substr(0, 2) == "--") {
       return {};
     } else {
@@ -69,7 +75,10 @@ int main(int argc, char* argv[]) {
   if (!arguments) return std::fputs(kUsage, stderr), 2;
 
   const QCoreApplication application(argc, argv);  // finds the plugins of the image formats
-  lumagrid::FileImageDecoder decoder;
+  const auto made = arguments->isInProcess
+                        ? std::unique_ptr<lumagrid::ImageDecoder>(std::make_unique<lumagrid::FileImageDecoder>())
+                        : std::make_unique<lumagrid::ProcessImageDecoder>(LUMAGRID_DECODER);
+  lumagrid::ImageDecoder& decoder = *made;
   int status = 0;
   for (const QByteArray& path : arguments->files) {
     const auto file = lumagrid::FileUrl::fromPath(path);

@@ -8,10 +8,10 @@
 #include <QWheelEvent>
 
 #include "DesktopPlatform.h"
-#include "FileImageDecoder.h"
 #include "FrameTimes.h"
 #include "MemoryBudget.h"
 #include "PictureStore.h"
+#include "ProcessImageDecoder.h"
 #include "QmlPlugins.h"
 #include "SettingsPreferences.h"
 #include "ThumbnailStore.h"
@@ -130,7 +130,7 @@ int main(int argc, char* argv[]) {
     std::fprintf(stderr, "usage: lumagrid-bench-browsing FOLDER\n");
     return 2;
   }
-  FileImageDecoder decoder;
+  ProcessImageDecoder decoder(LUMAGRID_DECODER);
   ThumbnailStore::setDecoder(decoder);
   PictureStore pictures(decoder);
   SettingsPreferences preferences;

@@ -65,6 +65,13 @@ class ProgramTest : public QObject {
     QTRY_COMPARE(readFile(preferences).value_or("").contains(remembers), true);
     QVERIFY2(said.contains(says), said.constData());
     QCOMPARE(said.count("lumagrid:"), says.isEmpty() ? 0 : 1);
+    // Codecs of pictures are in processes of their own. (The toolkit brings libpng, for icons.)
+    const QByteArray maps = readFile("/proc/" + QByteArray::number(program.processId()) + "/maps").value_or("");
+    QVERIFY(maps.contains("libQt6Quick"));
+    for (const char* codec :
+         {"libheif", "libtiff", "libjpeg", "libturbojpeg", "liblcms2", "libwebp", "/imageformats/"}) {
+      QVERIFY2(!maps.contains(codec), codec);
+    }
     program.terminate();
     QVERIFY(program.waitForFinished(60'000));
     QCOMPARE(program.exitCode(), SIGTERM);

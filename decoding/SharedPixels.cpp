@@ -1,0 +1,72 @@
+#include "SharedPixels.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <utility>
+
+namespace lumagrid {
+
+namespace {
+
+std::int32_t nextNumber() {
+  static std::atomic<std::int32_t> last = 0;
+  return ++last;
+}
+
+}  // namespace
+
+std::shared_ptr<SharedBuffer> SharedBuffer::make(std::int64_t bytes) {
+  constexpr int kSeals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL;
+  FileDescriptor memory =
+      FileDescriptor::from([] { return ::memfd_create("lumagrid-pixels", MFD_CLOEXEC | MFD_ALLOW_SEALING); });
+  if (!memory.isOpen() || ::ftruncate(memory.number(), bytes) != 0 ||
+      ::fcntl(memory.number(), F_ADD_SEALS, kSeals) != 0) {
+    return nullptr;
+  }
+  void* const address = ::mmap(nullptr, static_cast<std::size_t>(bytes), PROT_READ, MAP_SHARED, memory.number(), 0);
+  if (address == MAP_FAILED) return nullptr;
+  return std::shared_ptr<SharedBuffer>(new SharedBuffer(std::move(memory), bytes, static_cast<const uchar*>(address)));
+}
+
+SharedBuffer::SharedBuffer(FileDescriptor memory, std::int64_t bytes, const uchar* pixels)
+    : m_memory(std::move(memory)), m_bytes(bytes), m_pixels(pixels), m_number(nextNumber()) {}
+
+SharedBuffer::~SharedBuffer() {
+  ::munmap(const_cast<uchar*>(m_pixels), static_cast<std::size_t>(m_bytes));
+  ::fallocate(m_memory.number(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, m_bytes);
+}
+
+std::shared_ptr<SharedBuffer> SharedPixels::take(std::int64_t bytes) {
+  std::shared_ptr<SharedBuffer> spare;
+  {
+    const std::scoped_lock lock(m_mutex);
+    spare.swap(m_spare);
+  }
+  const bool fits = spare && spare->bytes() >= bytes && spare->bytes() - bytes <= bytes / 8;
+  return fits ? spare : SharedBuffer::make(bytes);
+}
+
+void SharedPixels::giveBack(std::shared_ptr<SharedBuffer> buffer) {
+  const std::scoped_lock lock(m_mutex);
+  m_spare.swap(buffer);
+}
+
+QImage SharedPixels::picture(std::shared_ptr<SharedBuffer> buffer, QSize size, QImage::Format format) {
+  struct Loan {
+    std::shared_ptr<SharedPixels> pool;
+    std::shared_ptr<SharedBuffer> buffer;
+
+    static void end(void* info) {
+      const std::unique_ptr<Loan> loan(static_cast<Loan*>(info));
+      loan->pool->giveBack(std::move(loan->buffer));
+    }
+  };
+  const uchar* const pixels = buffer->pixels();
+  auto loan = std::make_unique<Loan>(Loan{shared_from_this(), std::move(buffer)});
+  return QImage(pixels, size.width(), size.height(), qsizetype{size.width()} * 4, format, &Loan::end, loan.release());
+}
+
+}  // namespace lumagrid
