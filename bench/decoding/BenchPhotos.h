@@ -55,7 +55,7 @@ template <typename Ours, typename Reference>
 
 // Reports the comparisons of all photos as two figures: the processors' time, and the clock's, which shows what several
 // cores gain on a machine that does nothing else. Each has the medians of both ways, and of the ratios the least, the
-// median and the largest.
+// median and the largest. Without the first where no processor's time is given.
 void report(const std::string& name, const std::string& referenceName, const std::vector<Comparison>& photos);
 
 }  // namespace lumagrid
