@@ -158,7 +158,7 @@ class DecoderProcessTest : public QObject {
       }
     });
     std::atomic<int> wrong = 0;
-    for (int round = 0; round < 10; ++round) {
+    for (int round = 0; round < 5; ++round) {
       parallelFor(kPhotos, [&](int index) {
         const QImage made = decoder.decodeBounded(photos[std::size_t(index)], 300).pixels;
         wrong += made.isNull() || made.pixelColor(150, 100) != colorOf(index);
