@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 
+#include "HeifCheck.h"
 #include "HeifObjects.h"
 #include "HeifRange.h"
 #include "IccProfile.h"
@@ -94,6 +95,7 @@ bool isHeif(QByteArrayView head) {
 // The primary image, be it one, a grid or the first of a sequence. The library turns, mirrors and crops as the file's
 // own properties say, so that an orientation in EXIF data is a copy of what was done already.
 DecodedImage decodeHeif(const CodecRequest& request) {
+  if (const ImageError refused = checkHeif(request.bytes); refused != ImageError::none) return {{}, refused};
   const HeifContext context(heif_context_alloc());
   if (!context) return {{}, ImageError::tooLarge};
   const qsizetype mostPixels = pictureByteLimit() / 4;
