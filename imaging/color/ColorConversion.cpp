@@ -12,6 +12,7 @@
 #include "MatrixConversion.h"
 #include "MemoryCache.h"
 #include "PixelBuffer.h"
+#include "ProfileCost.h"
 #include "WorkerPool.h"
 
 namespace lumagrid {
@@ -108,6 +109,7 @@ Transform makeTransform(cmsHPROFILE profile, ColorModel model, Depth depth) {
 
 std::shared_ptr<const Conversion> makeConversion(const QByteArray& iccProfile, ColorModel model, Depth depth) {
   auto conversion = std::make_shared<Conversion>();
+  if (!isProfileAffordable(iccProfile)) return conversion;
   const Profile profile(cmsOpenProfileFromMem(iccProfile.constData(), static_cast<cmsUInt32Number>(iccProfile.size())));
   if (!profile) return conversion;
   const cmsColorSpaceSignature space = cmsGetColorSpace(profile.get());
