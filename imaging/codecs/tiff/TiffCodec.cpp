@@ -9,7 +9,9 @@
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
+#include "PictureMemory.h"
 #include "PixelBuffer.h"
+#include "TiffDirectory.h"
 #include "TiffLayout.h"
 #include "TiffSamples.h"
 
@@ -202,6 +204,14 @@ QImage readRgba(TIFF* tiff, QSize size) {
   return hasAny ? pixels : QImage();
 }
 
+// Of a strip or tile, of all pixels as they are read, and of the finished picture.
+std::int64_t memoryOf(TIFF* tiff, const TiffLayout& layout) {
+  const std::int64_t pixelBytes = layout.isDirect && layout.type.bits > 8 ? 8 : 4;
+  const auto block = TIFFIsTiled(tiff) != 0 ? TIFFTileSize64(tiff) : TIFFStripSize64(tiff);
+  const auto blockBytes = static_cast<std::int64_t>(std::min<std::uint64_t>(block, std::uint64_t{1} << 62));
+  return blockBytes + std::int64_t{layout.size.width()} * layout.size.height() * (pixelBytes + 4);
+}
+
 PictureMetadata metadataOf(TIFF* tiff) {
   PictureMetadata metadata;
   const auto orientation = tiffField<std::uint16_t>(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
@@ -226,6 +236,7 @@ bool isTiff(QByteArrayView head) {
 }
 
 DecodedImage decodeTiff(const CodecRequest& request) {
+  if (const ImageError refused = checkTiffDirectory(request.bytes); refused != ImageError::none) return {{}, refused};
   Source source{request.bytes};
   const Tiff tiff = open(source);
   if (!tiff) return {{}, ImageError::damaged};
@@ -238,6 +249,7 @@ DecodedImage decodeTiff(const CodecRequest& request) {
   RawPicture picture;
   picture.metadata = metadataOf(tiff.get());
   const TiffLayout layout = tiffLayout(tiff.get(), size);
+  if (!claimMemory(request.bytes.size() + memoryOf(tiff.get(), layout))) return {{}, ImageError::tooLarge};
   if (layout.isDirect) {
     if (layout.model == ColorModel::lab) picture.metadata.iccProfile = labProfile();
     picture.pixels = readSamples(tiff.get(), layout);
