@@ -6,6 +6,7 @@
 #include "JpegStrips.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
+#include "PictureMemory.h"
 #include "ShownSize.h"
 #include "WorkerPool.h"
 
@@ -43,6 +44,7 @@ DecodedImage decodeJpeg(const CodecRequest& request) {
   const QSize target = shownSize(size, picture.metadata.pixelAspect, request.bound);
   const int eighths = request.bound > 0 ? fewestEighths(size, target) : kWhole;
   if (!reader.scaleTo(eighths)) return {{}, reader.error()};
+  if (!claimMemory(reader.memory())) return {{}, ImageError::tooLarge};
   if (eighths == 1) {
     picture.pixels = baselineJpegAtEighth(reader);
   } else if (eighths == kWhole) {

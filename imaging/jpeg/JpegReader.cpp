@@ -17,7 +17,6 @@ namespace {
 constexpr int kExifMarker = JPEG_APP0 + 1;
 constexpr int kProfileMarker = JPEG_APP0 + 2;
 constexpr unsigned kLongestSegment = 0xffff;
-constexpr int kMostScans = 500;  // more are an attack on time
 
 JpegReader& readerOf(j_common_ptr jpeg) {
   return *static_cast<JpegReader*>(jpeg->client_data);
@@ -37,6 +36,31 @@ bool isScanUnused(const jpeg_decompress_struct& jpeg) {
 bool isComplete(const jpeg_decompress_struct& jpeg) {
   const int* const bitsLacking = jpeg.coef_bits[0];
   return std::all_of(bitsLacking, bitsLacking + jpeg.num_components * DCTSIZE2, [](int bits) { return bits == 0; });
+}
+
+// Of all components.
+std::int64_t blockCount(const jpeg_component_info& component) {
+  return std::int64_t{component.width_in_blocks} * component.height_in_blocks;
+}
+
+std::int64_t allBlocks(const jpeg_decompress_struct& jpeg) {
+  std::int64_t count = 0;
+  for (int index = 0; index < jpeg.num_components; ++index) count += blockCount(jpeg.comp_info[index]);
+  return count;
+}
+
+// How many blocks scans may pass over before no more are read. Encoders pass over each about six times, and 20 at the
+// most; a picture that is soon decoded may have more scans.
+std::int64_t mostBlocksPassed(const jpeg_decompress_struct& jpeg) {
+  constexpr std::int64_t kPassesOverEach = 32;
+  constexpr std::int64_t kBlocksOnTrust = std::int64_t{1} << 22;
+  return std::max(kPassesOverEach * allBlocks(jpeg), kBlocksOnTrust);
+}
+
+std::int64_t blocksOfScan(const jpeg_decompress_struct& jpeg) {
+  std::int64_t count = 0;
+  for (int index = 0; index < jpeg.comps_in_scan; ++index) count += blockCount(*jpeg.cur_comp_info[index]);
+  return count;
 }
 
 // Moves on to the next marker that is no restart. To the library, the scan is then one whose data is cut short.
@@ -135,6 +159,13 @@ bool JpegReader::scaleTo(int eighths) {
   });
 }
 
+std::int64_t JpegReader::memory() {
+  const std::int64_t pixelBytes = std::int64_t{4} * m_jpeg.output_width * m_jpeg.output_height;
+  const bool hasSeveralScans = jpeg_has_multiple_scans(&m_jpeg) != FALSE;
+  const auto coefficientBytes = static_cast<std::int64_t>(sizeof(JCOEF)) * DCTSIZE2;
+  return m_file.size() + 2 * pixelBytes + (hasSeveralScans ? allBlocks(m_jpeg) * coefficientBytes : 0);
+}
+
 QImage JpegReader::decode() {
   const QSize size(static_cast<int>(m_jpeg.output_width), static_cast<int>(m_jpeg.output_height));
   QImage pixels = unsetPixels(size, QImage::Format_RGBX8888);
@@ -202,10 +233,14 @@ bool JpegReader::startOutput(Scans scans) {
   jpeg_start_decompress(&m_jpeg);
   if (!isOneOfMany) return true;
   bool isAnySkipped = false;
+  std::int64_t blocksLeft = mostBlocksPassed(m_jpeg);
   for (int reached = JPEG_REACHED_SOS; reached != JPEG_REACHED_EOI; reached = jpeg_consume_input(&m_jpeg)) {
     if (reached != JPEG_REACHED_SOS) continue;
-    if (m_jpeg.input_scan_number > kMostScans) fail();
-    if (scans == Scans::all || !isScanUnused(m_jpeg)) continue;
+    if (scans == Scans::all || !isScanUnused(m_jpeg)) {
+      blocksLeft -= blocksOfScan(m_jpeg);
+      if (blocksLeft < 0) break;
+      continue;
+    }
     skipScan(*m_jpeg.src);
     isAnySkipped = true;
   }

@@ -44,7 +44,10 @@ class JpegReader {
 
   // Makes the picture that is decoded `eighths` (1, 2, 4 or 8) of the size in the file, rounded up.
   [[nodiscard]] bool scaleTo(int eighths);
-  // The picture in RGBX8888, or CMYK as it is in the file. Once.
+  // What decode() takes, the file included, and as much again as the picture for what follows.
+  [[nodiscard]] std::int64_t memory();
+  // The picture in RGBX8888, or CMYK as it is in the file; without the last scans where these are so many that they
+  // serve time alone. Once.
   [[nodiscard]] QImage decode();
 
   // What the library found before the first scan, and works out from the scale.
