@@ -6,6 +6,7 @@
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
+#include "PictureMemory.h"
 #include "PixelBuffer.h"
 
 namespace lumagrid {
@@ -161,6 +162,9 @@ DecodedImage decodeBmp(const CodecRequest& request) {
   if (file->packing == BmpPacking::png) return decodePng({file->pixels, request.bound});
   if (!isPictureSizeSane(file->size.width(), file->size.height())) return {{}, ImageError::tooLarge};
   if (!isCredible(*file)) return {{}, ImageError::damaged};
+  const std::int64_t pixelBytes = (file->bits == 64 ? 8 : 4) + 4;
+  const std::int64_t pixels = std::int64_t{file->size.width()} * file->size.height();
+  if (!claimMemory(request.bytes.size() + pixels * pixelBytes)) return {{}, ImageError::tooLarge};
   RawPicture picture;
   picture.metadata = file->metadata;
   picture.pixels = file->packing == BmpPacking::none ? readRows(*file) : bmpRuns(*file);

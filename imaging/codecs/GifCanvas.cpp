@@ -3,7 +3,6 @@
 #include <QPainter>
 #include <QRegion>
 #include <QtEndian>
-#include <optional>
 
 namespace lumagrid {
 namespace {
@@ -51,6 +50,12 @@ QColor background(QByteArrayView file) {
 }
 
 }  // namespace
+
+std::optional<QRect> gifFirstFrame(QByteArrayView file) {
+  if (file.size() < kHeaderBytes) return std::nullopt;
+  const auto frame = firstFrame(file);
+  return frame ? std::optional(frame->place) : std::nullopt;
+}
 
 void fillGifBackground(QByteArrayView file, QImage& pixels) {
   if (file.size() < kHeaderBytes) return;

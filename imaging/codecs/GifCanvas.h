@@ -2,8 +2,13 @@
 
 #include <QByteArrayView>
 #include <QImage>
+#include <QRect>
+#include <optional>
 
 namespace lumagrid {
+
+// Where the first frame lies; nothing when there is none.
+[[nodiscard]] std::optional<QRect> gifFirstFrame(QByteArrayView file);
 
 // Gives what the first frame of a GIF file leaves free of its canvas the file's background colour, or makes it
 // transparent where there is none. The toolkit does so unless the frame has a palette of its own: then memory shows

@@ -7,6 +7,7 @@
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
+#include "PictureMemory.h"
 #include "PixelBuffer.h"
 #include "PngFile.h"
 
@@ -142,7 +143,12 @@ DecodedImage decodePng(const CodecRequest& request) {
   picture.metadata = file->metadata;
   if (reader.isGray()) picture.model = ColorModel::gray;
   // More than 8 bits are of use to the conversion of colours alone.
-  picture.pixels = reader.readPixels(reader.isDeep() && !picture.metadata.iccProfile.isEmpty());
+  const bool isWide = reader.isDeep() && !picture.metadata.iccProfile.isEmpty();
+  const std::int64_t pixelBytes = (isWide ? 8 : 4) + 4;
+  if (!claimMemory(request.bytes.size() + reader.width() * reader.height() * pixelBytes)) {
+    return {{}, ImageError::tooLarge};
+  }
+  picture.pixels = reader.readPixels(isWide);
   return finishedPicture(std::move(picture), request.bound);
 }
 

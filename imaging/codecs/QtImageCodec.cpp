@@ -1,19 +1,21 @@
 #include <QBuffer>
 #include <QImageReader>
+#include <QtEndian>
+#include <algorithm>
 
 #include "GifCanvas.h"
 #include "ImageCodec.h"
 #include "MemoryLimit.h"
 #include "PictureFinishing.h"
+#include "PictureMemory.h"
+#include "WebpFile.h"
 
 namespace lumagrid {
 namespace {
 
-// Whether isPictureSizeCredible() holds for the format.
-enum class Packing : unsigned char { limited, unlimited };
-
-// One file through the reader of one named format: it never looks at the content to choose another.
-DecodedImage readWith(const char* format, Packing packing, QByteArrayView file) {
+// One file through the reader of one named format: it never looks at the content to choose another. The canvas is
+// checked; it takes `buffers` times its pixels, the finished picture included.
+DecodedImage readWith(const char* format, int buffers, QByteArrayView file) {
   QByteArray bytes = QByteArray::fromRawData(file.data(), file.size());
   QBuffer buffer(&bytes);
   buffer.open(QIODevice::ReadOnly);
@@ -21,13 +23,28 @@ DecodedImage readWith(const char* format, Packing packing, QByteArrayView file) 
   reader.setDecideFormatFromContent(false);
   reader.setAutoDetectImageFormat(false);
   const QSize size = reader.size();
-  if (size.isValid() && !isPictureSizeSane(size.width(), size.height())) return {{}, ImageError::tooLarge};
-  if (packing == Packing::limited && !isPictureSizeCredible(size.width(), size.height(), file.size())) {
-    return {{}, ImageError::damaged};
+  if (size.isValid()) {
+    constexpr std::int64_t kPixelBytes = 4;
+    if (!isPictureSizeSane(size.width(), size.height())) return {{}, ImageError::tooLarge};
+    const std::int64_t pixels = std::int64_t{size.width()} * size.height();
+    if (!claimMemory(file.size() + pixels * kPixelBytes * buffers)) return {{}, ImageError::tooLarge};
   }
   QImage pixels;
   if (!reader.read(&pixels)) return {{}, ImageError::damaged};
   return {pixels, ImageError::none};
+}
+
+// Whether a GIF file can hold so many pixels: a code of 12 bits gives 4095 at most, but only those of a single colour
+// throughout come near. Up to 16 megapixels are given on trust, so that files cut short are shown.
+bool isGifCredible(QByteArrayView file) {
+  constexpr std::int64_t kPixelsOnTrust = std::int64_t{16} << 20;
+  constexpr std::int64_t kPixelsPerByte = 512;
+  constexpr qsizetype kSizeEnd = 10;
+  if (file.size() < kSizeEnd) return false;
+  const auto side = [file](qsizetype at) { return std::int64_t{qFromLittleEndian<std::uint16_t>(file.data() + at)}; };
+  const QRect frame = gifFirstFrame(file).value_or(QRect());
+  const std::int64_t pixels = std::max(side(6) * side(8), std::int64_t{frame.width()} * frame.height());
+  return pixels <= kPixelsOnTrust || pixels / kPixelsPerByte <= file.size();
 }
 
 }  // namespace
@@ -37,7 +54,8 @@ bool isGif(QByteArrayView head) {
 }
 
 DecodedImage decodeGif(const CodecRequest& request) {
-  DecodedImage canvas = readWith("gif", Packing::limited, request.bytes);
+  if (!isGifCredible(request.bytes)) return {{}, ImageError::damaged};
+  DecodedImage canvas = readWith("gif", 3, request.bytes);
   if (canvas.error != ImageError::none) return canvas;
   fillGifBackground(request.bytes, canvas.pixels);
   RawPicture picture;
@@ -50,7 +68,8 @@ bool isWebp(QByteArrayView head) {
 }
 
 DecodedImage decodeWebp(const CodecRequest& request) {
-  DecodedImage canvas = readWith("webp", Packing::unlimited, request.bytes);
+  if (!isWebpCredible(request.bytes)) return {{}, ImageError::damaged};
+  DecodedImage canvas = readWith("webp", 3, request.bytes);
   if (canvas.error != ImageError::none) return canvas;
   RawPicture picture;
   picture.pixels = std::move(canvas.pixels);
