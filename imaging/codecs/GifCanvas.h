@@ -7,8 +7,14 @@
 
 namespace lumagrid {
 
-// Where the first frame lies; nothing when there is none.
-[[nodiscard]] std::optional<QRect> gifFirstFrame(QByteArrayView file);
+struct GifFrame {
+  QRect place;
+  qsizetype end = 0;  // of its data in the file, as far as that goes
+  bool hasTransparency = false;
+};
+
+// Nothing when there is none.
+[[nodiscard]] std::optional<GifFrame> gifFirstFrame(QByteArrayView file);
 
 // Gives what the first frame of a GIF file leaves free of its canvas the file's background colour, or makes it
 // transparent where there is none. The toolkit does so unless the frame has a palette of its own: then memory shows

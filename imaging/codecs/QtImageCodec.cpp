@@ -36,15 +36,12 @@ DecodedImage readWith(const char* format, int buffers, QByteArrayView file) {
 
 // Whether a GIF file can hold so many pixels: a code of 12 bits gives 4095 at most, but only those of a single colour
 // throughout come near. Up to 16 megapixels are given on trust, so that files cut short are shown.
-bool isGifCredible(QByteArrayView file) {
+bool isGifCredible(QByteArrayView file, const GifFrame& frame) {
   constexpr std::int64_t kPixelsOnTrust = std::int64_t{16} << 20;
-  constexpr std::int64_t kPixelsPerByte = 512;
-  constexpr qsizetype kSizeEnd = 10;
-  if (file.size() < kSizeEnd) return false;
+  constexpr std::int64_t kPixelsPerByte = 2048;
   const auto side = [file](qsizetype at) { return std::int64_t{qFromLittleEndian<std::uint16_t>(file.data() + at)}; };
-  const QRect frame = gifFirstFrame(file).value_or(QRect());
-  const std::int64_t pixels = std::max(side(6) * side(8), std::int64_t{frame.width()} * frame.height());
-  return pixels <= kPixelsOnTrust || pixels / kPixelsPerByte <= file.size();
+  const std::int64_t pixels = std::max(side(6) * side(8), std::int64_t{frame.place.width()} * frame.place.height());
+  return pixels <= kPixelsOnTrust || pixels / kPixelsPerByte <= frame.end;
 }
 
 }  // namespace
@@ -54,8 +51,10 @@ bool isGif(QByteArrayView head) {
 }
 
 DecodedImage decodeGif(const CodecRequest& request) {
-  if (!isGifCredible(request.bytes)) return {{}, ImageError::damaged};
-  DecodedImage canvas = readWith("gif", 3, request.bytes);
+  const auto frame = gifFirstFrame(request.bytes);
+  if (!frame || !isGifCredible(request.bytes, *frame)) return {{}, ImageError::damaged};
+  // Without what follows: the reader goes on where the first frame lacks pixels, and fills the canvas for each frame.
+  DecodedImage canvas = readWith("gif", 3, request.bytes.first(frame->end));
   if (canvas.error != ImageError::none) return canvas;
   fillGifBackground(request.bytes, canvas.pixels);
   RawPicture picture;

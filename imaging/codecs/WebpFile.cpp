@@ -14,13 +14,14 @@ constexpr qsizetype kChunkHeader = 8;
 struct Chunk {
   QByteArrayView name;
   QByteArrayView content;
+  bool isWhole = false;
 };
 
 std::optional<Chunk> takeChunk(QByteArrayView& rest) {
   if (rest.size() < kChunkHeader) return std::nullopt;
   const qsizetype length = qFromLittleEndian<std::uint32_t>(rest.data() + 4);
   const qsizetype within = std::min(length, rest.size() - kChunkHeader);
-  const Chunk chunk{rest.first(4), rest.sliced(kChunkHeader, within)};
+  const Chunk chunk{rest.first(4), rest.sliced(kChunkHeader, within), within == length};
   rest = rest.sliced(std::min(kChunkHeader + length + length % 2, rest.size()));
   return chunk;
 }
@@ -59,6 +60,7 @@ bool isWebpCredible(QByteArrayView file) {
   bool isFrame = false;
   while (const auto chunk = takeChunk(rest)) {
     if (const auto size = sizeOfPixels(*chunk)) {
+      if (!chunk->isWhole) return false;
       const bool isWithin = canvas && size->width() <= canvas->width() && size->height() <= canvas->height();
       return !canvas || (isFrame ? isWithin : *size == *canvas);
     }

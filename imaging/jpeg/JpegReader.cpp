@@ -236,11 +236,9 @@ bool JpegReader::startOutput(Scans scans) {
   std::int64_t blocksLeft = mostBlocksPassed(m_jpeg);
   for (int reached = JPEG_REACHED_SOS; reached != JPEG_REACHED_EOI; reached = jpeg_consume_input(&m_jpeg)) {
     if (reached != JPEG_REACHED_SOS) continue;
-    if (scans == Scans::all || !isScanUnused(m_jpeg)) {
-      blocksLeft -= blocksOfScan(m_jpeg);
-      if (blocksLeft < 0) break;
-      continue;
-    }
+    blocksLeft -= blocksOfScan(m_jpeg);
+    if (blocksLeft < 0) break;
+    if (scans == Scans::all || !isScanUnused(m_jpeg)) continue;
     skipScan(*m_jpeg.src);
     isAnySkipped = true;
   }

@@ -81,6 +81,17 @@ std::int64_t parts(std::int64_t whole, std::int64_t part) {
   return part < 1 ? whole : (whole + part - 1) / part;
 }
 
+// Of black and white, a byte can give many more. What is not packed is shown while a sixteenth of it is there.
+bool isSizeCredible(const Directory& directory, std::int64_t width, std::int64_t height, std::int64_t fileBytes) {
+  constexpr std::int64_t kBlackAndWhiteBonus = 64;
+  const std::int64_t bits = directory.value(TIFFTAG_BITSPERSAMPLE, 1);
+  const std::int64_t bonus = bits == 1 ? kBlackAndWhiteBonus : 1;
+  const bool isPacked = directory.value(TIFFTAG_COMPRESSION, COMPRESSION_NONE) != COMPRESSION_NONE;
+  const std::int64_t samples = width * height * directory.value(TIFFTAG_SAMPLESPERPIXEL, 1);
+  return isPictureSizeCredible(width, height, 0) || (isPictureSizeCredible(width, height, fileBytes * bonus) &&
+                                                     (isPacked || samples / 8 * bits / 16 <= fileBytes));
+}
+
 }  // namespace
 
 ImageError checkTiffDirectory(QByteArrayView file) {
@@ -97,6 +108,7 @@ ImageError checkTiffDirectory(QByteArrayView file) {
   if (width < 1 || height < 1 || samples > kMostSamples) return ImageError::damaged;
   if (directory.value(TIFFTAG_BITSPERSAMPLE, 1) > kMostBits) return ImageError::damaged;
   if (!isPictureSizeSane(width, height)) return ImageError::tooLarge;
+  if (!isSizeCredible(directory, width, height, file.size())) return ImageError::damaged;
   if (directory.bytes > kMostUses * static_cast<std::uint64_t>(file.size()) + kBytesOnTrust) return ImageError::damaged;
 
   const std::int64_t tileWidth = directory.value(TIFFTAG_TILEWIDTH, 0);
