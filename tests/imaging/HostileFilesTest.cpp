@@ -1,5 +1,9 @@
+#include <malloc.h>
+
 #include <QTest>
 #include <QtEndian>
+#include <array>
+#include <bit>
 
 #include "SamplePictures.h"
 
@@ -111,6 +115,76 @@ QByteArray hevcConfiguration(quint32 width, quint32 height) {
   return box("hvcC", QByteArray(22, '\1') + "\x01\x21" + big<quint16>(1) + big<quint16>(set.size()) + set);
 }
 
+// Its entries: tag, type, count and value.
+QByteArray tiffOf(const std::vector<std::array<quint32, 4>>& entries, qsizetype trailingBytes = 0) {
+  QByteArray bytes = QByteArray("MM\0*", 4) + big<quint32>(8) + big<quint16>(entries.size());
+  for (const auto& [tag, type, count, value] : entries) {
+    bytes += big<quint16>(tag) + big<quint16>(type) + big<quint32>(count) + big<quint32>(value);
+  }
+  return bytes + big<quint32>(0) + QByteArray(trailingBytes, 'x');
+}
+
+std::vector<std::array<quint32, 4>> grayTiff(quint32 side, quint32 samples = 1) {
+  constexpr quint32 kShort = 3;
+  constexpr quint32 kLong = 4;
+  return {{TIFFTAG_IMAGEWIDTH, kLong, 1, side},        {TIFFTAG_IMAGELENGTH, kLong, 1, side},
+          {TIFFTAG_BITSPERSAMPLE, kShort, 1, 8 << 16}, {TIFFTAG_PHOTOMETRIC, kShort, 1, 1 << 16},
+          {TIFFTAG_STRIPOFFSETS, kLong, 1, 8},         {TIFFTAG_SAMPLESPERPIXEL, kShort, 1, samples << 16},
+          {TIFFTAG_ROWSPERSTRIP, kLong, 1, side},      {TIFFTAG_STRIPBYTECOUNTS, kLong, 1, 64 * samples}};
+}
+
+QByteArray tiffWithSharedTags() {
+  auto entries = grayTiff(8);
+  for (quint32 tag = 40000; tag < 40200; ++tag) entries.push_back({tag, 1, 1 << 20, 8});
+  return tiffOf(entries, 1 << 20);
+}
+
+QByteArray chunk(const char* name, const QByteArray& content) {
+  QByteArray size(4, '\0');
+  qToLittleEndian(static_cast<quint32>(content.size()), size.data());
+  return name + size + content + QByteArray(content.size() % 2, '\0');
+}
+
+// A canvas of 16384 x 16384 around the pixels of another WebP.
+QByteArray webpOnHugeCanvas(const QByteArray& webp) {
+  const QByteArray canvas = QByteArray(4, '\0') + "\xff\x3f" + QByteArray(1, '\0') + "\xff\x3f" + QByteArray(1, '\0');
+  return chunk("RIFF", "WEBP" + chunk("VP8X", canvas) + webp.mid(12));
+}
+
+// A profile whose way from colours to the standard's is a chain of `count` steps, all of which stand at one place and
+// take the light off.
+QByteArray profileOfSteps(int count) {
+  QByteArray step = "matf" + big<quint32>(0) + big<quint16>(3) + big<quint16>(3) + QByteArray(48, '\0');
+  QByteArray chain = "mpet" + big<quint32>(0) + big<quint16>(3) + big<quint16>(3) + big<quint32>(count);
+  const QByteArray place = big<quint32>(16 + 8 * count) + big<quint32>(step.size());
+  chain += place.repeated(count) + step;
+  const QByteArray white =
+      "XYZ " + big<quint32>(0) + big<quint32>(0xf6d6) + big<quint32>(0x10000) + big<quint32>(0xd32d);
+  constexpr int kTags = 2;
+  const int whiteAt = 128 + 4 + 12 * kTags;
+  const QByteArray tags = big<quint32>(kTags) + "wtpt" + big<quint32>(whiteAt) + big<quint32>(white.size()) + "D2B0" +
+                          big<quint32>(whiteAt + white.size()) + big<quint32>(chain.size());
+  const QByteArray body = tags + white + chain;
+  const QByteArray head = big<quint32>(128 + body.size()) + "lcms" + big<quint32>(0x04400000) + "mntrRGB XYZ " +
+                          QByteArray(12, '\0') + "acsp" + QByteArray(28, '\0') + white.mid(8);
+  return head + QByteArray(128 - head.size(), '\0') + body;
+}
+
+// A progressive gray JPEG of many scans, each of which refines nothing.
+QByteArray jpegOfScans(quint16 side, int count) {
+  const auto segment = [](int marker, const QByteArray& content) {
+    return big<quint8>(0xff) + big<quint8>(marker) + big<quint16>(content.size() + 2) + content;
+  };
+  const auto zeros = [](int number) { return QByteArray(number, '\0'); };
+  QByteArray file = "\xff\xd8" + segment(0xdb, zeros(1) + QByteArray(64, '\1')) +
+                    segment(0xc2, "\x08" + big<quint16>(side) + big<quint16>(side) + "\1\1\x11" + zeros(1)) +
+                    segment(0xc4, zeros(1) + "\1" + zeros(16)) +
+                    segment(0xc4, "\x10\1\1" + zeros(14) + "\xe0" + zeros(1)) +
+                    segment(0xda, "\1\1" + zeros(3) + "\1") + zeros(side * side / 64 / 8);
+  const QByteArray scan = segment(0xda, "\1\1" + zeros(1) + "\1\x3f\1") + "\x7f" + big<quint8>(0xfe);
+  return file + scan.repeated(count) + "\xff\xd9";
+}
+
 QByteArray replaced(QByteArray file, const QByteArray& before, const QByteArray& after) {
   return file.contains(before) ? file.replace(before, after) : QByteArray();
 }
@@ -163,9 +237,15 @@ class HostileFilesTest : public QObject {
         ImageError::tooLarge);
     row("AVIF of 2 GiB that says so in its data alone", heif({{"av01", "\1", huge}}, {}, av1Configuration({})),
         ImageError::tooLarge);
-    row("HEIC of 2 GiB", heif({{"hvc1", "\1"}}, {}, hevcConfiguration(32768, 32768)), ImageError::tooLarge);
+    row("HEIC of 2 GiB", heif({{"hvc1", "\1\2"}}, {}, hevcConfiguration(32768, 32768) + extent(32768, 32768)),
+        ImageError::tooLarge);
     const QByteArray avif = carried("half-transparent.avif");
     row("AVIF whose boxes say a size that its pixels exceed", replaced(avif, extent(64, 64), extent(1, 1)),
+        ImageError::damaged);
+    row("TIFF of 134 bytes that claims 16000 x 16000", tiffOf(grayTiff(16000), 24), ImageError::damaged);
+    row("TIFF of 200 tags that share a megabyte", tiffWithSharedTags(), ImageError::damaged);
+    row("TIFF of 65535 samples for each pixel", tiffOf(grayTiff(8, 65535), 1 << 22), ImageError::damaged);
+    row("WebP whose canvas is a thousand times its pixels", webpOnHugeCanvas(encoded(filled(Qt::red), "webp")),
         ImageError::damaged);
   }
 
@@ -174,6 +254,47 @@ class HostileFilesTest : public QObject {
     QFETCH(const ImageError, error);
     for (const int bound : {0, 64}) QCOMPARE(decoded(file, bound).error, error);
   }
+
+  void aProfileOfTooManyStepsCountsAsNone() {
+    const QImage image = filled(QColor(200, 60, 40));
+    const QImage plain = decoded(jpeg(image)).pixels;
+    QVERIFY(decoded(withProfile(jpeg(image), profileOfSteps(1))).pixels != plain);
+    QCOMPARE(decoded(withProfile(jpeg(image), profileOfSteps(40))).pixels, plain);
+  }
+
+  void aJpegOfManyScansShowsWhatTheFirstGive() {
+    for (const auto& [side, scans] : {std::pair(64, 600), std::pair(1024, 600)}) {
+      for (const int bound : {0, 64}) QCOMPARE(decoded(jpegOfScans(side, scans), bound).error, ImageError::none);
+    }
+  }
+
+  // Nor does it show memory that only its decoding took.
+  void aFileCutAnywhereShowsTheSameEachTime_data() {
+    QTest::addColumn<QByteArray>("file");
+    const QImage image = rough({40, 40}, 1);
+    QTest::newRow("JPEG") << jpeg(image);
+    QTest::newRow("progressive JPEG") << jpeg(image, {.coding = &jpeg_simple_progression});
+    QTest::newRow("PNG") << encoded(image, "png");
+    QTest::newRow("GIF") << QByteArray("GIF89a\4\0\4\0\x80\0\0\xff\0\0\0\0\0,\0\0\0\0\4\0\4\0\0\2\2D\1\0;", 35);
+    QTest::newRow("WebP") << encoded(image, "webp");
+    QTest::newRow("BMP") << encoded(image, "bmp");
+    QTest::newRow("TIFF") << encoded(image, "tiff");
+    QTest::newRow("HEIC") << carried("turned-right.heic");
+    QTest::newRow("AVIF") << carried("half-transparent.avif");
+  }
+
+  void aFileCutAnywhereShowsTheSameEachTime() {
+    QFETCH(const QByteArray, file);
+    for (int part = 1; part < 24; ++part) {
+      const QByteArray cut = file.left(file.size() * part / 24);
+      ::mallopt(M_PERTURB, 0x55);  // fills what is allocated
+      const QImage pixels = decoded(cut).pixels;
+      ::mallopt(M_PERTURB, 0xaa);
+      QCOMPARE(decoded(cut).pixels, pixels);
+    }
+  }
+
+  void cleanup() { ::mallopt(M_PERTURB, 0); }
 };
 
 QTEST_GUILESS_MAIN(HostileFilesTest)
