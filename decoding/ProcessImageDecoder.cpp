@@ -99,6 +99,7 @@ DecoderProcess::Outcome ProcessImageDecoder::decodeOnce(const DecoderProcess::Ta
     outcome = decoder->decode(task);
     lock.lock();
     report(*decoder);
+    if (outcome.end != DecoderProcess::End::answered) ++m_deaths;
   }
   // Another starts when it is needed, not while this one's end is waited for.
   std::unique_ptr<DecoderProcess> ended;
@@ -142,6 +143,11 @@ bool ProcessImageDecoder::isRefused(const FileIdentity& file) {
 QString ProcessImageDecoder::missingProtection() const {
   const std::scoped_lock lock(m_mutex);
   return m_missing;
+}
+
+std::uint64_t ProcessImageDecoder::decoderDeaths() const {
+  const std::scoped_lock lock(m_mutex);
+  return m_deaths;
 }
 
 void ProcessImageDecoder::stop() {

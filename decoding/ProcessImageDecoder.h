@@ -43,6 +43,9 @@ class ProcessImageDecoder : public ImageDecoder {
   // missing, or nobody knows yet.
   [[nodiscard]] QString missingProtection() const;
 
+  // How many decoders have ended under a file so far, whatever ended them. Any thread.
+  [[nodiscard]] std::uint64_t decoderDeaths() const;
+
  private:
   // One place for a decoder, which may have ended.
   struct Place {
@@ -78,6 +81,7 @@ class ProcessImageDecoder : public ImageDecoder {
   Lane m_pictures;
   std::deque<Refused> m_refused;
   QString m_missing;
+  std::uint64_t m_deaths = 0;
   bool m_isStopped = false;
 };
 
