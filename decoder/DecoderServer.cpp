@@ -83,6 +83,7 @@ void serveWindow(int socket, const DecoderLimits& limits) {
     switch (request.kind) {
       case DecoderRequest::Kind::decode:
         if (!sendMessage(socket, decode(request, received->descriptor, memory))) return;
+        if (memory.isLarge()) ::malloc_trim(0);  // its address space is limited
         break;
       case DecoderRequest::Kind::pixels:
         if (!memory.add(request, received->descriptor)) return;

@@ -69,48 +69,23 @@ bool filterCalls(int socket) {
               isWhole;
   };
   for (const int call : {
-           // Memory, but for mmap() and mprotect().
-           SCMP_SYS(brk),
-           SCMP_SYS(munmap),
-           SCMP_SYS(mremap),
-           SCMP_SYS(madvise),
-           // What is open, and what the toolkit's threads wake each other with.
-           SCMP_SYS(eventfd2),
-           SCMP_SYS(write),
-           SCMP_SYS(read),
-           SCMP_SYS(pread64),
-           SCMP_SYS(lseek),
-           SCMP_SYS(close),
-           SCMP_SYS(poll),
-           SCMP_SYS(ppoll),
-           // Threads, but for clone().
-           SCMP_SYS(futex),
-           SCMP_SYS(set_robust_list),
-           SCMP_SYS(rseq),
-           SCMP_SYS(sched_yield),
-           SCMP_SYS(sched_getaffinity),
-           SCMP_SYS(gettid),
-           SCMP_SYS(getpid),
-           SCMP_SYS(membarrier),
-           SCMP_SYS(rt_sigprocmask),
-           SCMP_SYS(rt_sigaction),
-           SCMP_SYS(rt_sigreturn),
-           SCMP_SYS(sigaltstack),
-           SCMP_SYS(restart_syscall),
-           SCMP_SYS(exit),
-           SCMP_SYS(exit_group),
+         // Memory, but for mmap() and mprotect().
+         SCMP_SYS(brk), SCMP_SYS(munmap), SCMP_SYS(mremap), SCMP_SYS(madvise),
+             // What is open, and what the toolkit's threads wake each other with.
+             SCMP_SYS(eventfd2), SCMP_SYS(write), SCMP_SYS(read), SCMP_SYS(pread64), SCMP_SYS(lseek), SCMP_SYS(close),
+             SCMP_SYS(poll), SCMP_SYS(ppoll),
+             // Threads, but for clone().
+             SCMP_SYS(futex), SCMP_SYS(set_robust_list), SCMP_SYS(rseq), SCMP_SYS(sched_yield),
+             SCMP_SYS(sched_getaffinity), SCMP_SYS(gettid), SCMP_SYS(getpid), SCMP_SYS(membarrier),
+             SCMP_SYS(rt_sigprocmask), SCMP_SYS(rt_sigaction), SCMP_SYS(rt_sigreturn), SCMP_SYS(sigaltstack),
+             SCMP_SYS(restart_syscall), SCMP_SYS(exit), SCMP_SYS(exit_group),
 #if defined(__SANITIZE_ADDRESS__)
-           // How a sanitizer asks whether memory can be read.
-           SCMP_SYS(pipe), SCMP_SYS(pipe2),
+             // How a sanitizer asks whether memory can be read.
+             SCMP_SYS(pipe), SCMP_SYS(pipe2),
 #endif
-           // Time, and what is random.
-           SCMP_SYS(clock_gettime),
-           SCMP_SYS(clock_nanosleep),
-           SCMP_SYS(nanosleep),
-           SCMP_SYS(gettimeofday),
-           SCMP_SYS(getrandom),
-           SCMP_SYS(getrusage),
-           SCMP_SYS(sysinfo),
+             // Time, and what is random.
+             SCMP_SYS(clock_gettime), SCMP_SYS(clock_nanosleep), SCMP_SYS(nanosleep), SCMP_SYS(gettimeofday),
+             SCMP_SYS(getrandom), SCMP_SYS(getrusage), SCMP_SYS(sysinfo),
        }) {
     allow(call);
   }
@@ -133,13 +108,14 @@ std::int64_t usedAddressSpace() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   return std::int64_t{1} << 46;  // a sanitizer reserves whatever it likes
 #else
-  constexpr std::int64_t kThreads = std::int64_t{128} << 20;  // their stacks
+  constexpr std::int64_t kThreads = std::int64_t{128} << 20;    // their stacks
+  constexpr std::int64_t kLeftovers = std::int64_t{192} << 20;  // what the C library keeps of pictures before
   long long pages = 0;
   std::FILE* const statistics = std::fopen("/proc/self/statm", "re");
   if (statistics == nullptr) return 0;
   if (std::fscanf(statistics, "%lld", &pages) != 1) pages = 0;
   std::fclose(statistics);
-  return pages > 0 ? pages * ::sysconf(_SC_PAGESIZE) + kThreads : 0;
+  return pages > 0 ? pages * ::sysconf(_SC_PAGESIZE) + kThreads + kLeftovers : 0;
 #endif
 }
 

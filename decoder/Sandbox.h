@@ -16,7 +16,8 @@ struct DecoderLimits {
 // not give; whatever else it gives is in force then. `unwanted` is a set of those to leave out, for tests.
 [[nodiscard]] std::uint32_t lockIn(int socket, const DecoderLimits& limits, std::uint32_t unwanted = 0);
 
-// The address space of this process, with room for threads, in bytes; 0 when the system does not tell.
+// The address space of this process, with room for threads and for what the C library does not give
+// back, in bytes; 0 when the system does not tell.
 [[nodiscard]] std::int64_t usedAddressSpace();
 
 }  // namespace lumagrid

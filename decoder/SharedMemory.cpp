@@ -36,6 +36,7 @@ void SharedMemory::remove(std::int32_t number) {
 
 void SharedMemory::beginPicture() {
   m_unasked = 0;
+  m_isLarge = false;
   for (auto& [number, buffer] : m_buffers) buffer.isGranted = buffer.isUsed = false;
 }
 
@@ -59,6 +60,7 @@ bool SharedMemory::claim(std::int64_t bytes) {
     m_unasked += bytes;
     return true;
   }
+  m_isLarge = true;
   DecoderAnswer question;
   question.kind = DecoderAnswer::Kind::memory;
   question.bytes = bytes;

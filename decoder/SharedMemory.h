@@ -24,6 +24,9 @@ class SharedMemory : public PictureMemory {
   // Forgets what the last picture was granted.
   void beginPicture();
 
+  // Whether the last picture took more than what needs no leave.
+  [[nodiscard]] bool isLarge() const { return m_isLarge; }
+
   struct Buffer {
     std::int32_t number = -1;
     void* memory = nullptr;
@@ -53,6 +56,7 @@ class SharedMemory : public PictureMemory {
   std::mutex m_mutex;  // guards all below while a picture is decoded
   std::map<std::int32_t, Mapped> m_buffers;
   Buffer m_small;
+  bool m_isLarge = false;
   std::int64_t m_unasked = 0;  // claimed for this picture without asking, in bytes
 };
 

@@ -141,7 +141,7 @@ bool DecoderProcess::grantPixels(Progress& progress, std::int64_t bytes) {
 }
 
 bool DecoderProcess::share(const std::shared_ptr<SharedBuffer>& buffer) {
-  const bool isNew = m_mapped.insert_or_assign(buffer->number(), buffer).second;
+  const bool isNew = m_mapped.insert_or_assign(buffer->number(), Mapping{buffer, buffer->bytes()}).second;
   DecoderRequest request;
   request.kind = DecoderRequest::Kind::pixels;
   request.buffer = buffer->number();
@@ -153,9 +153,7 @@ bool DecoderProcess::share(const std::shared_ptr<SharedBuffer>& buffer) {
 // Room for what it has mapped, and for what it may use.
 void DecoderProcess::limitMemory() const {
   std::int64_t bytes = m_addressSpace + m_shared.freeMemory + m_claimed;
-  for (const auto& [number, mapped] : m_mapped) {
-    if (const auto buffer = mapped.lock()) bytes += buffer->bytes();
-  }
+  for (const auto& [number, mapping] : m_mapped) bytes += mapping.bytes;
   const auto most = static_cast<rlim_t>(m_addressSpace + m_shared.mostMemory);
   const rlimit limit{std::min(static_cast<rlim_t>(bytes), most), most};
   ::prlimit(m_process, RLIMIT_AS, &limit, nullptr);
@@ -163,7 +161,7 @@ void DecoderProcess::limitMemory() const {
 
 void DecoderProcess::forgetLostBuffers() {
   for (auto at = m_mapped.begin(); at != m_mapped.end();) {
-    if (!at->second.expired()) {
+    if (!at->second.buffer.expired()) {
       ++at;
       continue;
     }

@@ -90,7 +90,12 @@ class DecoderProcess {
 
   const Shared m_shared;
   const FileDescriptor m_socket;
-  std::map<std::int32_t, std::weak_ptr<SharedBuffer>> m_mapped;  // by it, by number
+  // What the decoder has mapped, until it is told to forget it.
+  struct Mapping {
+    std::weak_ptr<SharedBuffer> buffer;
+    std::int64_t bytes;
+  };
+  std::map<std::int32_t, Mapping> m_mapped;  // by number
   std::shared_ptr<SharedBuffer> m_small;
   std::int32_t m_process = 0;                     // once it is ready
   std::optional<FileDescriptor> m_processHandle;  // stays its own, whatever becomes of the number
