@@ -6,8 +6,9 @@
 
 namespace lumagrid {
 
-// Preferences in the file lumagrid/lumagrid.conf of the user's configuration folder, written soon after each change.
-// The file knows no empty list: setting one removes the key.
+// Preferences in the file lumagrid/lumagrid.json of the user's configuration folder, written soon after each change.
+// Whatever else stands there is as good as empty until something is stored; where nothing can be stored, they last as
+// long as the program.
 class SettingsPreferences final : public Preferences {
  public:
   SettingsPreferences();

@@ -46,7 +46,7 @@ class ProgramTest : public QObject {
   void starts() {
     QFETCH(const Start, row);
     const auto& [arguments, environment, says, remembers] = row;
-    const QByteArray preferences = qgetenv("XDG_CONFIG_HOME") + "/lumagrid/lumagrid.conf";
+    const QByteArray preferences = qgetenv("XDG_CONFIG_HOME") + "/lumagrid/lumagrid.json";
     QFile::remove(QFile::decodeName(preferences));
     QProcess program;
     QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
