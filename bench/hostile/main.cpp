@@ -1,7 +1,8 @@
 // Opens every file below some folders, and damaged copies of them, as a window does: a thumbnail of each on the pool's
 // threads, and meanwhile each tenth whole. Prints what came of it, how long the longest wait was, and what it took.
-//   lumagrid-bench-hostile FOLDER… [--copies N] [--seed S] [--keep FOLDER]
-// --keep leaves there the files during whose thumbnail or picture some decoder ended.
+//   lumagrid-bench-hostile FOLDER… [--copies N] [--seed S] [--first K] [--keep FOLDER]
+// --first takes the copies from number K on. --keep leaves there the damaged files during whose decoding some decoder
+// ended.
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
@@ -33,6 +34,7 @@ constexpr std::size_t kPictureEach = 10;
 struct Arguments {
   std::vector<std::filesystem::path> folders;
   std::size_t copies = 0;
+  std::size_t firstCopy = 0;
   std::uint64_t seed = 1;
   std::filesystem::path keep;
 };
@@ -46,6 +48,8 @@ std::optional<Arguments> parse(int argc, char** argv) {
       arguments.copies = std::strtoull(argv[++at], nullptr, 10);
     } else if (argument == "--seed" && hasValue) {
       arguments.seed = std::strtoull(argv[++at], nullptr, 10);
+    } else if (argument == "--first" && hasValue) {
+      arguments.firstCopy = std::strtoull(argv[++at], nullptr, 10);
     } else if (argument == "--keep" && hasValue) {
       arguments.keep = argv[++at];
     } else if (argument.starts_with("--") || !std::filesystem::is_directory(argument)) {
@@ -126,9 +130,9 @@ class Run {
   }
 
   void open(std::size_t index, Kind kind) {
-    const std::filesystem::path& file = m_files[index % m_files.size()];
-    if (index < m_files.size()) return decode(file, file.filename(), kind, false);
-    const std::size_t copy = index - m_files.size();
+    if (index < m_files.size()) return decode(m_files[index], m_files[index].filename(), kind, false);
+    const std::size_t copy = index - m_files.size() + m_arguments.firstCopy;
+    const std::filesystem::path& file = m_files[copy % m_files.size()];
     const std::string name = std::to_string(copy) + "-" + file.filename().string();
     QFile source(QString::fromStdString(file.string()));
     QFile target(m_folder.filePath(QString::fromStdString((kind == Kind::picture ? "picture-" : "") + name)));
@@ -168,7 +172,7 @@ class Run {
 int main(int argc, char** argv) {
   const auto arguments = parse(argc, argv);
   if (!arguments) {
-    std::fputs("usage: lumagrid-bench-hostile FOLDER… [--copies N] [--seed S] [--keep FOLDER]\n", stderr);
+    std::fputs("usage: lumagrid-bench-hostile FOLDER… [--copies N] [--seed S] [--first K] [--keep FOLDER]\n", stderr);
     return 2;
   }
   const QCoreApplication application(argc, argv);
