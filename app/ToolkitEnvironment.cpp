@@ -1,10 +1,10 @@
-#include "Tuning.h"
+#include "ToolkitEnvironment.h"
 
 #include <cstdlib>
 
 namespace lumagrid {
 
-void tuneToolkit() {
+void setToolkitEnvironment() {
   // What the user has set stays.
   constexpr int kKeep = 0;
   // On X11 the toolkit makes a whole context and throws it away, to know drivers that cannot draw on a thread of their

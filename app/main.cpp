@@ -15,7 +15,7 @@
 #include "SoftwareFallback.h"
 #include "StartAhead.h"
 #include "ThumbnailStore.h"
-#include "Tuning.h"
+#include "ToolkitEnvironment.h"
 #include "WorkerPool.h"
 
 using namespace lumagrid;
@@ -93,7 +93,7 @@ int main(int argc, char* argv[]) {
     std::puts("Lumagrid " LUMAGRID_VERSION);
     return EXIT_SUCCESS;
   }
-  tuneToolkit();
+  setToolkitEnvironment();
   ProcessImageDecoder decoder(decoderProgram());
   ThumbnailStore::setDecoder(decoder);
   PictureStore pictures(decoder);

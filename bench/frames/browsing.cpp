@@ -15,7 +15,7 @@
 #include "QmlPlugins.h"
 #include "SettingsPreferences.h"
 #include "ThumbnailStore.h"
-#include "Tuning.h"
+#include "ToolkitEnvironment.h"
 
 using namespace lumagrid;
 
@@ -124,7 +124,7 @@ void lookAtPhotos(QQuickWindow& window, ContentView& view, ImageDecoder& decoder
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  tuneToolkit();
+  setToolkitEnvironment();
   QApplication application(argc, argv);
   if (argc != 2) {
     std::fprintf(stderr, "usage: lumagrid-bench-browsing FOLDER\n");

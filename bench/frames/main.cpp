@@ -11,7 +11,7 @@
 
 #include "FrameTimes.h"
 #include "PhotoView.h"
-#include "Tuning.h"
+#include "ToolkitEnvironment.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ QImage load(const QString& file) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  lumagrid::tuneToolkit();
+  lumagrid::setToolkitEnvironment();
   QGuiApplication app(argc, argv);
   QImageReader::setAllocationLimit(0);
   std::vector<QImage> photos;

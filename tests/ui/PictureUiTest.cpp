@@ -10,7 +10,7 @@
 #include "QtAlert.h"
 #include "SpinnerClock.h"
 #include "SpinnerImage.h"
-#include "Tuning.h"
+#include "ToolkitEnvironment.h"
 #include "UiWindow.h"
 #include "WidgetPalette.h"
 
@@ -271,7 +271,7 @@ int main(int argc, char** argv) {
   const TemporaryHome home(TemporaryHome::User::same);
   qputenv("FONTCONFIG_FILE", PICTURE_FONTS);
   for (const char* desktop : {"XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE"}) qunsetenv(desktop);
-  tuneToolkit();
+  setToolkitEnvironment();
   QApplication::setStyle(QStringLiteral("Fusion"));
   QApplication application(argc, argv);
   QFont font(QStringLiteral("DejaVu Sans"));
