@@ -1,0 +1,16 @@
+// The conversion of colours by a profile of any content. Its first byte chooses what the pixels are.
+#include <cstdint>
+
+#include "ColorConversion.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using lumagrid::ColorModel;
+  constexpr ColorModel kModels[] = {ColorModel::rgb, ColorModel::gray, ColorModel::cmyk, ColorModel::lab};
+  if (size == 0) return 0;
+  const bool isDeep = (data[0] & 4) != 0 && data[0] % 4 == 0;
+  QImage pixels(8, 8, isDeep ? QImage::Format_RGBX64 : QImage::Format_RGBX8888);
+  pixels.fill(QColor(200, 60, 40));
+  const QByteArray profile(reinterpret_cast<const char*>(data + 1), static_cast<qsizetype>(size - 1));
+  (void)lumagrid::convertedToSrgb(pixels, kModels[data[0] % 4], profile);
+  return 0;
+}
