@@ -107,7 +107,7 @@ bool readReferences(QByteArrayView content, HeifBoxes& boxes) {
     if (entry.isBroken()) return false;
     if (from == boxes.items.end()) continue;
     HeifItem& item = from->second;
-    if (box.type == QByteArrayView("dimg") && item.sources.empty()) item.sources = std::move(targets);
+    if (box.type == QByteArrayView("dimg") && item.sources.empty()) item.sources = targets;
     if (box.type == QByteArrayView("auxl") && item.auxiliaryOf == 0 && !targets.empty()) item.auxiliaryOf = targets[0];
   }
   return !reader.isBroken();

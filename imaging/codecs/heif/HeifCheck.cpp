@@ -134,7 +134,7 @@ class Checker {
     if (width < 1 || height < 1 || overlay.sources.size() > kMostParts) return ImageError::damaged;
     for (std::size_t index = 0; index < overlay.sources.size(); ++index) {
       const HeifItem& part = *itemOf(overlay.sources[index]);
-      const auto place = static_cast<qsizetype>(2 + 2 * index);
+      const qsizetype place = 2 + 2 * static_cast<qsizetype>(index);
       const std::int64_t left = numberAt(data, kSizeAt, place);
       const std::int64_t top = numberAt(data, kSizeAt, place + 1);
       const HeifCodedSize size = *codedSize(part);

@@ -200,8 +200,9 @@ std::optional<HeifCodedSize> hevcSequence(QByteArrayView unit) {
     hasLevel[layer] = reader.flag();
   }
   for (auto layer = subLayers; subLayers > 0 && layer < 8; ++layer) reader.skip(2);
-  for (std::uint32_t layer = 0; layer < subLayers; ++layer)
+  for (std::uint32_t layer = 0; layer < subLayers; ++layer) {
     reader.skip((hasProfile[layer] ? 88 : 0) + (hasLevel[layer] ? 8 : 0));
+  }
   reader.golomb();  // its number
   HeifCodedSize size;
   const auto chroma = reader.golomb();
