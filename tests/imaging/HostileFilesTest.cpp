@@ -243,7 +243,7 @@ class HostileFilesTest : public QObject {
     row("TIFF of 134 bytes that claims 16000 x 16000", tiffOf(grayTiff(16000), 24), ImageError::damaged);
     row("TIFF of 200 tags that share a megabyte", tiffWithSharedTags(), ImageError::damaged);
     row("TIFF of 65535 samples for each pixel", tiffOf(grayTiff(8, 65535), 1 << 22), ImageError::damaged);
-    row("WebP whose canvas is a thousand times its pixels", webpOnHugeCanvas(encoded(filled(Qt::red), "webp")),
+    row("WebP whose canvas is a thousand times its pixels", webpOnHugeCanvas(pictureFile(filled(Qt::red), "webp")),
         ImageError::damaged);
   }
 
@@ -272,11 +272,11 @@ class HostileFilesTest : public QObject {
     const QImage image = rough({40, 40}, 1);
     QTest::newRow("JPEG") << jpeg(image);
     QTest::newRow("progressive JPEG") << jpeg(image, {.coding = &jpeg_simple_progression});
-    QTest::newRow("PNG") << encoded(image, "png");
+    QTest::newRow("PNG") << pictureFile(image, "PNG");
     QTest::newRow("GIF") << QByteArray("GIF89a\4\0\4\0\x80\0\0\xff\0\0\0\0\0,\0\0\0\0\4\0\4\0\0\2\2D\1\0;", 35);
-    QTest::newRow("WebP") << encoded(image, "webp");
-    QTest::newRow("BMP") << encoded(image, "bmp");
-    QTest::newRow("TIFF") << encoded(image, "tiff");
+    QTest::newRow("WebP") << pictureFile(image, "webp");
+    QTest::newRow("BMP") << pictureFile(image, "bmp");
+    QTest::newRow("TIFF") << pictureFile(image, "tiff");
     QTest::newRow("HEIC") << carried("turned-right.heic");
     QTest::newRow("AVIF") << carried("half-transparent.avif");
   }
