@@ -8,7 +8,7 @@
 
 namespace lumagrid {
 
-// The families of files that are opened (base/PictureFormats.def), told apart by their first bytes alone.
+// The families of files that are opened (base/files/PictureFormats.def), told apart by their first bytes alone.
 enum class ImageFormat {
 #define LUMAGRID_FORMAT(identifier, ...) identifier,
 #include "PictureFormats.def"
