@@ -101,13 +101,18 @@ bool DecoderProcess::becomeReady() {
 // Nothing when it is gone, says nothing that is understood, or does not end in time: that one is killed.
 std::optional<DecoderAnswer> DecoderProcess::nextAnswer(const Progress& progress) const {
   constexpr milliseconds kLookAgain(200);
+  auto worked = processorTime();
+  auto idleSince = Clock::now();
   while (!m_isStopped) {
     const auto left = std::chrono::duration_cast<milliseconds>(progress.end - Clock::now());
     if (arrives(m_socket.number(), std::min(left, kLookAgain))) {
       const auto answer = receiveMessage<DecoderAnswer>(m_socket.number());
       return answer ? std::optional(answer->message) : std::nullopt;
     }
-    if (left <= milliseconds(0) || processorTime() > progress.processorEnd) break;
+    const auto soFar = processorTime();
+    if (left <= milliseconds(0) || soFar > progress.processorEnd) break;
+    if (std::exchange(worked, soFar) != soFar) idleSince = Clock::now();
+    if (Clock::now() - idleSince > progress.task.idleTime) break;
   }
   return std::nullopt;
 }

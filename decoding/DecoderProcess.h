@@ -42,6 +42,7 @@ class DecoderProcess {
     std::int64_t bound;  // of the longer side, in pixels; 0: the whole picture
     MemoryClaims::Urgency urgency;
     std::chrono::milliseconds processorTime;  // the most that the decoder may take
+    std::chrono::milliseconds idleTime;       // and go without any between two words of it
     std::chrono::milliseconds time;           // the most by the clock, waiting for memory apart
   };
   enum class End : unsigned char {

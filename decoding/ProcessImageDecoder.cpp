@@ -34,12 +34,9 @@ ProcessImageDecoder::ProcessImageDecoder(QByteArray program, const Patience& pat
     : m_launcher(std::move(program)),
       m_claims(kBudget.claimed),
       m_shared{m_launcher, *m_pixels, m_claims, kBudget.unaskedEach, 4 * kBudget.claimed},
-      m_thumbnails{kBelowTheWindow,
-                   patience.thumbnailProcessorTime,
-                   patience.thumbnailTime,
-                   MemoryClaims::Urgency::ordinary,
-                   {}},
-      m_pictures{0, kUnlimited, patience.pictureTime, MemoryClaims::Urgency::urgent, {}} {
+      m_thumbnails{kBelowTheWindow,        patience.thumbnailProcessorTime, patience.thumbnailIdleTime,
+                   patience.thumbnailTime, MemoryClaims::Urgency::ordinary, {}},
+      m_pictures{0, kUnlimited, kUnlimited, patience.pictureTime, MemoryClaims::Urgency::urgent, {}} {
   m_pictures.places.resize(1);
   m_thumbnails.places.resize(static_cast<std::size_t>(coreCount()));
   for (Lane* lane : {&m_pictures, &m_thumbnails}) {
@@ -66,8 +63,8 @@ DecodedImage ProcessImageDecoder::decode(const FileUrl& file, std::int64_t bound
     if (!opened.isOpen()) return {{}, errorOfOpening(errno)};
     const FileIdentity identity(status);
     if (isRefused(identity)) break;
-    DecoderProcess::Outcome outcome =
-        decodeOnce({opened.number(), status.st_size, bound, lane.urgency, lane.processorTime, lane.time}, lane);
+    DecoderProcess::Outcome outcome = decodeOnce(
+        {opened.number(), status.st_size, bound, lane.urgency, lane.processorTime, lane.idleTime, lane.time}, lane);
     if (outcome.end == DecoderProcess::End::answered) return std::move(outcome.image);
     const std::scoped_lock lock(m_mutex);
     if (m_isStopped) break;

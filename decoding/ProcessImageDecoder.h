@@ -25,8 +25,9 @@ class ProcessImageDecoder : public ImageDecoder {
   // What one picture may take.
   struct Patience {
     std::chrono::milliseconds thumbnailProcessorTime{10'000};
-    std::chrono::milliseconds thumbnailTime{60'000};  // by the clock, waiting for memory apart
-    std::chrono::milliseconds pictureTime{15'000};    // the same, of a whole picture
+    std::chrono::milliseconds thumbnailIdleTime{15'000};  // without any processor time: its threads wait for each other
+    std::chrono::milliseconds thumbnailTime{60'000};      // by the clock, waiting for memory apart
+    std::chrono::milliseconds pictureTime{15'000};        // the same, of a whole picture
   };
   // `program`: the path of lumagrid-decoder.
   explicit ProcessImageDecoder(QByteArray program, const Patience& patience);
@@ -55,6 +56,7 @@ class ProcessImageDecoder : public ImageDecoder {
   struct Lane {
     std::int32_t niceness;
     std::chrono::milliseconds processorTime;
+    std::chrono::milliseconds idleTime;
     std::chrono::milliseconds time;
     MemoryClaims::Urgency urgency;
     std::vector<Place> places;

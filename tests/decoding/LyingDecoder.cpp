@@ -70,6 +70,7 @@ void answer(const std::string& lie, int socket, std::int32_t small) {
     (void)receiveMessage<DecoderRequest>(socket);
   }
   while (lie == "spins") continue;
+  while (lie == "dawdles") std::this_thread::sleep_for(std::chrono::milliseconds(20));
   std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
