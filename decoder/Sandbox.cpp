@@ -9,6 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <initializer_list>
@@ -55,7 +56,13 @@ bool limitResources(const DecoderLimits& limits) {
       {RLIMIT_CORE, {0, 0}},
   };
   bool areSet = space > 0;
-  for (const auto& each : all) areSet = ::setrlimit(each.resource, &each.limit) == 0 && areSet;
+  for (const auto& [resource, wanted] : all) {
+    rlimit limit{};
+    areSet = ::getrlimit(resource, &limit) == 0 && areSet;
+    limit.rlim_max = std::min(limit.rlim_max, wanted.rlim_max);  // a narrower one that is in force stays
+    limit.rlim_cur = std::min(limit.rlim_max, wanted.rlim_cur);
+    areSet = ::setrlimit(resource, &limit) == 0 && areSet;
+  }
   return areSet;
 }
 
