@@ -51,7 +51,7 @@ DecoderProcess::Outcome DecoderProcess::decode(const Task& task) {
   if (!sendMessage(m_socket.number(), request, task.descriptor)) return failed(End::killed);
 
   Progress progress{task, Clock::now() + task.time, processorTime() + task.processorTime, {}};
-  const Outcome outcome = follow(progress);
+  Outcome outcome = follow(progress);
   if (m_claimed > 0) {
     m_shared.claims.giveBack(std::exchange(m_claimed, 0));
     if (outcome.end == End::answered) limitMemory();
