@@ -48,8 +48,9 @@ DecodedImage FileImageDecoder::decodeOpenFile(int descriptor, std::int64_t size,
       // What cannot be decoded at a part of its size may still open as a whole.
       image = decodeBytes(*format, {bytes, 0});
       const QSize size = shownSize(image.pixels.size(), 1, bound);
-      if (!image.pixels.isNull())
+      if (!image.pixels.isNull()) {
         image.pixels = image.pixels.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+      }
     }
     return image;
   } catch (const std::bad_alloc&) {

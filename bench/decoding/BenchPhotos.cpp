@@ -124,8 +124,9 @@ void report(const std::string& name, const std::string& referenceName, const std
     report(Figure{name + of, milliseconds(ours[middle]), referenceName + " " + milliseconds(reference[middle]),
                   ratio(ratios.front()) + "  " + ratio(ratios[middle]) + "  " + ratio(ratios.back()), meaning});
   };
-  if (photos.front().reference.processor > 0)
+  if (photos.front().reference.processor > 0) {
     reportOne(&Times::processor, ", processor", "least, median and largest ratio of the photos; what a photo costs");
+  }
   reportOne(&Times::clock, ", clock", "the same ratios of what one waits; below the processor's: cores side by side");
 }
 
