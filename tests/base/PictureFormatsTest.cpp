@@ -25,8 +25,9 @@ QString contents(const char* path) {
 
 QSet<QString> words(const QString& text, const QString& pattern) {
   QSet<QString> found;
-  for (auto match = QRegularExpression(pattern).globalMatch(text); match.hasNext();)
+  for (auto match = QRegularExpression(pattern).globalMatch(text); match.hasNext();) {
     found.insert(match.next().captured());
+  }
   return found;
 }
 

@@ -149,6 +149,7 @@ class DecoderProcessTest : public QObject {
     constexpr int kPhotos = 40;
     ProcessImageDecoder decoder(LUMAGRID_DECODER);
     std::vector<FileUrl> photos;
+    photos.reserve(kPhotos);
     for (int index = 0; index < kPhotos; ++index) {
       photos.push_back(m_folder.add(QStringLiteral("p%1.png").arg(index), samplePhoto({900, 600}, colorOf(index))));
     }

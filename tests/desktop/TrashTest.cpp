@@ -58,7 +58,7 @@ std::optional<QString> moveToTrashWithin(rlim_t bytes, const QByteArray& path) {
   ::getrlimit(RLIMIT_FSIZE, &before);
   const rlimit limit = {bytes, before.rlim_max};
   ::setrlimit(RLIMIT_FSIZE, &limit);
-  const auto reason = moveToTrash(path);
+  auto reason = moveToTrash(path);
   ::setrlimit(RLIMIT_FSIZE, &before);
   return reason;
 }
@@ -120,8 +120,11 @@ class TrashTest : public QObject {
       int moves[2] = {};
       QCOMPARE(::pipe(moves), 0);
       const pid_t child = ::fork();
-      for (int number = 0; child == 0; ++number) {
-        if (number == kPhotos || moveToTrash(path(number)) || ::write(moves[1], "x", 1) != 1) ::pause();
+      if (child == 0) {
+        for (int number = 0; number < kPhotos; ++number) {
+          if (moveToTrash(path(number)) || ::write(moves[1], "x", 1) != 1) break;
+        }
+        ::pause();
       }
       char move = 0;
       for (int count = 0; count < movesToLive; ++count) QCOMPARE(::read(moves[0], &move, 1), 1);

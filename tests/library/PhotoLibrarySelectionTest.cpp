@@ -67,8 +67,9 @@ class PhotoLibrarySelectionTest : public QObject {
     take(steps);
     const auto& indices = m_library->selectedIndices();
     QByteArrayList selected;
-    for (const auto index : std::set(indices.begin(), indices.end()))
+    for (const auto index : std::set(indices.begin(), indices.end())) {
       selected.append(QByteArray::number(qint64{index}));
+    }
     QCOMPARE(selected.join(' '), selection);
     QCOMPARE(m_library->currentIndex(), current);
   }
