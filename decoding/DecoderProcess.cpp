@@ -89,10 +89,13 @@ bool DecoderProcess::becomeReady() {
   if (!m_small || !arrives(m_socket.number(), kLongestStart)) return false;
   const auto answer = receiveMessage<DecoderAnswer>(m_socket.number());
   if (!answer || answer->message.kind != DecoderAnswer::Kind::ready) return false;
-  // It has read no file yet, so that it can be believed.
-  m_process = answer->message.process;
+  // It has read no file yet, so that it can be believed. Without a handle it could not be ended: it then goes with its
+  // socket.
+  const std::int32_t process = answer->message.process;
   m_processHandle.emplace(
-      FileDescriptor::from([this] { return static_cast<int>(::syscall(SYS_pidfd_open, m_process, 0U)); }));
+      FileDescriptor::from([process] { return static_cast<int>(::syscall(SYS_pidfd_open, process, 0U)); }));
+  if (!m_processHandle->isOpen()) return false;
+  m_process = process;
   m_addressSpace = answer->message.bytes;
   m_missingProtections = answer->message.missingProtections;
   return share(m_small);

@@ -1,4 +1,5 @@
 #include <dirent.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -199,6 +200,23 @@ class DecoderProcessTest : public QObject {
     ProcessImageDecoder decoder("/nowhere/lumagrid-decoder");
     QCOMPARE(decoder.decode(file("honest")).error, ImageError::damaged);
     QCOMPARE(decoder.missingProtection(), QStringLiteral("no picture can be decoded: No such file or directory"));
+  }
+
+  // Nothing is decoded while descriptors are short, and nothing hangs; it goes on when they are there again.
+  void bearsThatDescriptorsAreShort() {
+    ProcessImageDecoder decoder(LYING_DECODER);
+    const FileUrl honest = file("honest");
+    rlimit before = {};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const int free = ::dup(STDERR_FILENO);
+    ::close(free);
+    for (const int left : {1, 0}) {
+      const rlimit limit{static_cast<rlim_t>(free + left), before.rlim_max};
+      ::setrlimit(RLIMIT_NOFILE, &limit);
+      QVERIFY(decoder.decode(honest).pixels.isNull());
+    }
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    QCOMPARE(decoder.decode(file("honest")).pixels.size(), QSize(2, 1));
   }
 
   void endsWithItsOwner() {
