@@ -2,9 +2,9 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "MemoryBudget.h"
+#include "RegularFile.h"
 #include "WorkerPool.h"
 
 namespace lumagrid {
@@ -93,10 +93,9 @@ void PictureStore::decodeAhead(const FileUrl& file) {
 
 void PictureStore::willNeed(const FileUrl& file) {
   const auto work = [file] {
-    const int descriptor = ::open(file.path().constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0) return;
-    ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_WILLNEED);
-    ::close(descriptor);
+    struct stat status = {};
+    const FileDescriptor opened = openRegularFile(file, status);
+    if (opened.isOpen()) ::posix_fadvise(opened.number(), 0, 0, POSIX_FADV_WILLNEED);
   };
   startWork(work, kUrgentWork);
 }
