@@ -111,8 +111,8 @@ Times median(const std::vector<Times>& times) {
 void report(const std::string& name, const std::string& referenceName, const std::vector<Comparison>& photos) {
   if (photos.empty()) return;
   const auto sorted = [&photos](const auto& valueOf) {
-    std::vector<double> values;
-    for (const Comparison& photo : photos) values.push_back(valueOf(photo));
+    std::vector<double> values(photos.size());
+    std::transform(photos.begin(), photos.end(), values.begin(), valueOf);
     std::sort(values.begin(), values.end());
     return values;
   };

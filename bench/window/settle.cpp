@@ -122,7 +122,7 @@ class WatchedScreen {
         XGetImage(m_display, m_root, m_left, m_top, static_cast<unsigned>(m_right - m_left),
                   static_cast<unsigned>(m_bottom - m_top), AllPlanes, ZPixmap));
     if (!image || image->bits_per_pixel != 32) return false;
-    const int blocksAcross = m_width / kBlock + 1;
+    const std::ptrdiff_t blocksAcross = m_width / kBlock + 1;
     std::vector<int> changes(static_cast<std::size_t>(blocksAcross * (m_height / kBlock + 1)));
     for (int y = m_top; y < m_bottom; ++y) {
       const auto* pixel = reinterpret_cast<const std::uint32_t*>(image->data + (y - m_top) * image->bytes_per_line);
