@@ -6,7 +6,9 @@
 
 #include "ContentView.h"
 #include "GridMetrics.h"
+#include "PhotoPyramid.h"
 #include "PhotoThumbnailTile.h"
+#include "PhotoViewGeometry.h"
 #include "PictureStore.h"
 #include "ThumbnailStore.h"
 #include "WorkerPool.h"
@@ -28,6 +30,12 @@ std::vector<FileUrl> photosInView(const std::vector<PhotoItem>& photos, const st
   return urls;
 }
 
+// For a window that opens with its least size, on a screen whose points are pixels.
+void keepFittedToLeastStage(const QImage& picture) {
+  const PhotoStage stage{ContentView::kLeastStage, {ContentView::kStageMargin, ContentView::kStageMargin}, 1};
+  if (!picture.isNull()) keepFitted(picture, stage.fittedPixels(picture.size()));
+}
+
 }  // namespace
 
 StartAhead::StartAhead(const FileUrl& url, PictureStore& pictures) {
@@ -35,12 +43,12 @@ StartAhead::StartAhead(const FileUrl& url, PictureStore& pictures) {
   m_scan = scanned->get_future();
   const auto work = [url, &pictures, scanned] {
     const FileUrl folder = ContentView::scannedFolder(url);
-    if (folder != url) pictures.decodeAhead(url);
+    if (folder != url) pictures.decodeAhead(url, keepFittedToLeastStage);
     FolderScan scan{photoItems(folder), {}};
     std::vector<FileUrl> inView;
     const GridMetrics metrics = GridMetrics::fitting(ContentView::kLeastStage, kInitialGridDimension);
     if (const auto* photos = std::get_if<std::vector<PhotoItem>>(&scan.listing); photos && !photos->empty()) {
-      if (folder == url) pictures.decodeAhead(photos->front().url);
+      if (folder == url) pictures.decodeAhead(photos->front().url, [](const QImage&) {});
       scan.byName = sortedPositions(*photos, SortOrder::nameAscending);
       if (folder == url) {
         const auto count = static_cast<std::int64_t>(photos->size());

@@ -3,6 +3,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <fstream>
+#include <string>
 
 namespace lumagrid {
 
@@ -14,8 +18,17 @@ std::optional<std::int64_t> machineMemory() {
   return bytes;
 }
 
+std::optional<std::int64_t> availableMemory() {
+  std::ifstream file("/proc/meminfo");
+  for (std::string line; std::getline(file, line);) {
+    std::int64_t kilobytes = 0;
+    if (std::sscanf(line.c_str(), "MemAvailable: %" SCNd64, &kilobytes) == 1) return kilobytes << 10;
+  }
+  return std::nullopt;
+}
+
 std::size_t keptBytes() {
-  constexpr std::int64_t kMost = std::int64_t{288} << 20;
+  constexpr std::int64_t kMost = std::int64_t{296} << 20;
   static const std::int64_t bytes = std::min(machineMemory().value_or(0) / 8, kMost);
   return static_cast<std::size_t>(bytes);
 }

@@ -9,15 +9,12 @@ namespace lumagrid {
 // The memory of this machine, in bytes; nothing when the system does not tell.
 [[nodiscard]] std::optional<std::int64_t> machineMemory();
 
+// What the system could give now without taking it from others, in bytes; nothing when it does not tell.
+[[nodiscard]] std::optional<std::int64_t> availableMemory();
+
 // What the process keeps in memory so that it need not be made again, in bytes: an eighth of the machine's memory, and
-// at most two pictures of 24 megapixels with some 400 thumbnails. Every cache of note takes its share of this.
+// at most three pictures of 24 megapixels with the thumbnails of some screens.
 [[nodiscard]] std::size_t keptBytes();
-[[nodiscard]] inline std::size_t keptThumbnailBytes() {
-  return keptBytes() / 3;
-}
-[[nodiscard]] inline std::size_t keptPictureBytes() {
-  return keptBytes() - keptThumbnailBytes();
-}
 
 // What all decoders together may use while they work, in bytes: with what is kept, a quarter of the machine's memory,
 // and 8 GiB at most. Each of `decoders` has `unaskedEach`; the rest is claimed for single pictures.

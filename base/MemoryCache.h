@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <list>
 #include <mutex>
@@ -9,9 +10,17 @@
 
 namespace lumagrid {
 
-// A map bounded by the bytes of its values: least recently used goes first. Thread-safe by itself. A value larger than
-// the whole budget is not kept.
-template <typename Key, typename Value, typename Hash = std::hash<Key>>
+// For values that nobody but the cache holds.
+struct NeverInUse {
+  template <typename Value>
+  bool operator()(const Value&) const {
+    return false;
+  }
+};
+
+// A map bounded by the bytes of its values: least recently used goes first, but none that is in use elsewhere, which
+// would free nothing. Thread-safe by itself. A value larger than the whole budget is not kept.
+template <typename Key, typename Value, typename Hash = std::hash<Key>, typename InUse = NeverInUse>
 class MemoryCache {
  public:
   explicit MemoryCache(std::size_t budgetBytes) : m_budget(budgetBytes) {}
@@ -32,14 +41,16 @@ class MemoryCache {
     m_entries.push_front({key, std::move(value), bytes});
     m_index.emplace(key, m_entries.begin());
     m_bytes += bytes;
-    while (m_bytes > m_budget) remove(std::prev(m_entries.end()));
+    shrinkTo(m_budget);
   }
 
-  // Lets go of what was used least recently until `bytes` more would fit; never of the last one.
+  // Lets go of what was used least recently until `bytes` more would fit.
   void makeRoom(std::size_t bytes) {
     const std::scoped_lock lock(m_mutex);
-    while (m_entries.size() > 1 && m_bytes + bytes > m_budget) remove(std::prev(m_entries.end()));
+    shrinkTo(m_budget - std::min(m_budget, bytes));
   }
+
+  [[nodiscard]] std::size_t budget() const { return m_budget; }
 
  private:
   struct Entry {
@@ -47,6 +58,17 @@ class MemoryCache {
     Value value;
     std::size_t bytes;
   };
+
+  void shrinkTo(std::size_t bytes) {
+    for (auto at = m_entries.end(); m_bytes > bytes && at != m_entries.begin();) {
+      const auto oldest = std::prev(at);
+      if (InUse()(oldest->value)) {
+        at = oldest;
+      } else {
+        remove(oldest);
+      }
+    }
+  }
 
   void remove(typename std::list<Entry>::iterator entry) {
     m_bytes -= entry->bytes;

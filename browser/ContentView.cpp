@@ -21,6 +21,7 @@ FileUrl droppedFile(const QList<QUrl>& urls) {
 ContentView::ContentView(const PhotoLibrary::Services& services, const Shared& shared, QObject* parent)
     : QObject(parent),
       m_library(services),
+      m_photosAhead(m_library, services.decoder),
       m_shared(shared),
       m_photoCountObserver([this] { return m_library.photoCount(); },
                            [this](std::int64_t count) {
@@ -31,7 +32,10 @@ ContentView::ContentView(const PhotoLibrary::Services& services, const Shared& s
                          if (folder) m_shared.recentFolders.add(*folder);
                        }),
       m_currentIndexObserver([this] { return m_library.currentIndex(); },
-                             [this](std::int64_t) { setZoom({}, {}, ZoomState::Curve::EaseOut); }) {
+                             [this](std::int64_t index) {
+                               setZoom({}, {}, ZoomState::Curve::EaseOut);
+                               if (!showsGrid()) m_thumbnailsAhead.followStage(index);
+                             }) {
   const auto noticeCount = [this] { m_photoCountObserver.notice(); };
   connect(&m_library, &PhotoLibrary::photosReset, this, noticeCount);
   connect(&m_library, &PhotoLibrary::photoRemoved, this, noticeCount);
@@ -118,6 +122,7 @@ void ContentView::openPath(const FileUrl& url, FolderScan scan) {
 
 void ContentView::setBrowserMode(BrowserMode mode) {
   m_browserMode = mode;
+  m_photosAhead.setOnStage(mode == BrowserMode::detail);
   Q_EMIT browserModeChanged();
 }
 

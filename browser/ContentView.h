@@ -13,7 +13,9 @@
 #include "ChangeObserver.h"
 #include "GridMetrics.h"
 #include "PhotoLibrary.h"
+#include "PhotosAhead.h"
 #include "ShownLibrary.h"
+#include "ThumbnailsAhead.h"
 #include "ZoomState.h"
 
 namespace lumagrid {
@@ -42,6 +44,7 @@ class ContentView : public QObject {
   Q_PROPERTY(QPointF displacement READ displacement NOTIFY zoomChanged)
   Q_PROPERTY(QPointF dragOffset READ dragOffset NOTIFY zoomChanged)
   Q_PROPERTY(lumagrid::ShownLibrary* shown READ shown CONSTANT)
+  Q_PROPERTY(lumagrid::PhotosAhead* photosAhead READ photosAhead CONSTANT)
   Q_PROPERTY(QSizeF leastSize READ leastSize CONSTANT)
   Q_PROPERTY(double stageMargin READ stageMargin CONSTANT)
 
@@ -67,6 +70,8 @@ class ContentView : public QObject {
 
   [[nodiscard]] PhotoLibrary* library() { return &m_library; }
   [[nodiscard]] ShownLibrary* shown() { return &m_shown; }
+  [[nodiscard]] PhotosAhead* photosAhead() { return &m_photosAhead; }
+  [[nodiscard]] ThumbnailsAhead& thumbnailsAhead() { return m_thumbnailsAhead; }
   [[nodiscard]] BackgroundQueue& thumbnailQueue() const { return m_shared.thumbnailQueue; }
   [[nodiscard]] const OpenDialogs& dialogs() const { return m_shared.dialogs; }
   [[nodiscard]] bool showsGrid() const { return m_browserMode == BrowserMode::grid; }
@@ -139,6 +144,8 @@ class ContentView : public QObject {
 
   PhotoLibrary m_library;
   ShownLibrary m_shown{m_library};
+  PhotosAhead m_photosAhead;
+  ThumbnailsAhead m_thumbnailsAhead{m_library};
   Shared m_shared;
   BrowserMode m_browserMode = BrowserMode::grid;
   std::int64_t m_gridDimension = kInitialGridDimension;

@@ -8,12 +8,23 @@
 
 namespace lumagrid {
 
+namespace {
+
+PhotosAhead::Step directionOf(int key) {
+  return key == Qt::Key_Left ? PhotosAhead::Step::previous : PhotosAhead::Step::next;
+}
+
+}  // namespace
+
 bool WindowKeys::windowEvent(QEvent& event) {
   switch (event.type()) {
     case QEvent::KeyPress:
       return handlePress(static_cast<QKeyEvent&>(event));
     case QEvent::KeyRelease:
-      if (!static_cast<QKeyEvent&>(event).isAutoRepeat()) m_heldKey.reset();
+      if (!static_cast<QKeyEvent&>(event).isAutoRepeat()) release();
+      return false;
+    case QEvent::FocusOut:
+      release();
       return false;
     case QEvent::MouseButtonPress:
     case QEvent::TouchBegin:
@@ -51,14 +62,27 @@ bool WindowKeys::handlePress(const QKeyEvent& event) {
 }
 
 void WindowKeys::press(int key) {
+  release();
   m_waiting.push_back(key);
   if (m_waiting.size() == 1 && !awaitsFrame()) actOnWaiting();
 }
 
 void WindowKeys::hold(int key) {
+  if (!m_heldKey) {
+    connect(m_view->photosAhead(), &PhotosAhead::photoReady, this, &WindowKeys::stepInNextTurn, Qt::UniqueConnection);
+    m_view->photosAhead()->setHeld(true);
+  }
   m_heldKey = key;
-  // After every event that waits already, among them perhaps the release of the key.
-  if (!m_nextTurn.isActive()) m_nextTurn.start(0, this);
+  stepInNextTurn();
+}
+
+void WindowKeys::release() {
+  if (std::exchange(m_heldKey, std::nullopt)) m_view->photosAhead()->setHeld(false);
+}
+
+// After every event that waits already, among them perhaps the release of the key.
+void WindowKeys::stepInNextTurn() {
+  if (m_heldKey && !m_nextTurn.isActive()) m_nextTurn.start(0, this);
 }
 
 void WindowKeys::timerEvent(QTimerEvent* event) {
@@ -68,8 +92,8 @@ void WindowKeys::timerEvent(QTimerEvent* event) {
   if (m_view->dialogs().any() || m_view->showsGrid()) forgetWaiting();
   if (!m_waiting.empty()) {
     actOnWaiting();
-  } else if (m_heldKey) {
-    step(*std::exchange(m_heldKey, std::nullopt));
+  } else if (m_heldKey && !awaitsFrame() && m_view->photosAhead()->isReady(directionOf(*m_heldKey))) {
+    step(*m_heldKey);
   }
 }
 
@@ -89,7 +113,7 @@ void WindowKeys::actOnWaiting() {
 
 void WindowKeys::forgetWaiting() {
   m_waiting.clear();
-  m_heldKey.reset();
+  release();
 }
 
 void WindowKeys::step(int key) {
@@ -106,7 +130,7 @@ void WindowKeys::awaitFrame() {
   const auto swapped = [this, step = ++m_lastStep] {
     m_shownStep = std::max(m_shownStep, step);
     // Behind the events that already wait: Esc and clicks go before what waits here.
-    if (!m_waiting.empty()) m_nextTurn.start(0, this);
+    if (!m_waiting.empty() || m_heldKey) m_nextTurn.start(0, this);
   };
   const auto sceneTakenOver = [this, shownIn, swapped] {
     auto* const job =

@@ -13,8 +13,9 @@ namespace lumagrid {
 // too), without modifiers and only while their buttons are enabled; none while a dialog is open.
 //
 // Each press of an arrow is a step, and a frame shows it before the next press of an arrow or Delete acts: those wait
-// in their order. Esc, a click and a dialog end the waiting. A held arrow steps on with the key's repeats, but only
-// once the window has come up with its input: what is due when the key is released steps no more. Main thread.
+// in their order. Esc, a click and a dialog end the waiting. A held arrow, from its first repeat on, steps as soon as
+// the frame with the last step is shown and the next photo is ready, but only once the window has come up with its
+// input: when the key is released, it steps no more. Main thread.
 class WindowKeys : public lumagrid::WindowEventItem {
   Q_OBJECT
   QML_ELEMENT
@@ -34,6 +35,8 @@ class WindowKeys : public lumagrid::WindowEventItem {
   bool handlePress(const QKeyEvent& event);
   void press(int key);
   void hold(int key);
+  void release();
+  void stepInNextTurn();
   void actOnWaiting();
   void forgetWaiting();
   void step(int key);
@@ -42,7 +45,7 @@ class WindowKeys : public lumagrid::WindowEventItem {
 
   ContentView* m_view = nullptr;
   std::deque<int> m_waiting;     // presses that have not acted yet
-  std::optional<int> m_heldKey;  // an arrow that repeats and whose next step is due
+  std::optional<int> m_heldKey;  // an arrow that repeats
   int m_lastStep = 0;            // counts what has to be shown
   int m_shownStep = 0;           // the last one that a frame has shown
   QBasicTimer m_nextTurn;        // of the event loop, in which what waits may act

@@ -34,9 +34,10 @@ ProcessImageDecoder::ProcessImageDecoder(QByteArray program, const Patience& pat
     : m_launcher(std::move(program)),
       m_claims(kBudget.claimed),
       m_shared{m_launcher, *m_pixels, m_claims, kBudget.unaskedEach, 4 * kBudget.claimed},
-      m_thumbnails{kBelowTheWindow,        patience.thumbnailProcessorTime, patience.thumbnailIdleTime,
-                   patience.thumbnailTime, MemoryClaims::Urgency::ordinary, {}},
-      m_pictures{0, kUnlimited, kUnlimited, patience.pictureTime, MemoryClaims::Urgency::urgent, {}} {
+      m_thumbnailLimits{patience.thumbnailProcessorTime, patience.thumbnailIdleTime, patience.thumbnailTime},
+      m_pictureLimits{kUnlimited, kUnlimited, patience.pictureTime},
+      m_thumbnails{kBelowTheWindow, MemoryClaims::Urgency::ordinary, {}},
+      m_pictures{0, MemoryClaims::Urgency::urgent, {}} {
   m_pictures.places.resize(1);
   m_thumbnails.places.resize(static_cast<std::size_t>(coreCount()));
   for (Lane* lane : {&m_pictures, &m_thumbnails}) {
@@ -49,14 +50,20 @@ ProcessImageDecoder::~ProcessImageDecoder() {
 }
 
 DecodedImage ProcessImageDecoder::decode(const FileUrl& file) {
-  return decode(file, 0, m_pictures);
+  return decode(file, 0, m_pictures, IfDamaged::refuseForAWhile);
+}
+
+// What takes too long here may not, once somebody waits for it.
+DecodedImage ProcessImageDecoder::decodeInBackground(const FileUrl& file) {
+  return decode(file, 0, m_thumbnails, IfDamaged::forget);
 }
 
 DecodedImage ProcessImageDecoder::decodeBounded(const FileUrl& file, std::int64_t maxPixelSize) {
-  return decode(file, std::max<std::int64_t>(maxPixelSize, 1), m_thumbnails);
+  return decode(file, std::max<std::int64_t>(maxPixelSize, 1), m_thumbnails, IfDamaged::refuseForAWhile);
 }
 
-DecodedImage ProcessImageDecoder::decode(const FileUrl& file, std::int64_t bound, Lane& lane) {
+DecodedImage ProcessImageDecoder::decode(const FileUrl& file, std::int64_t bound, Lane& lane, IfDamaged ifDamaged) {
+  const Limits& limits = bound > 0 ? m_thumbnailLimits : m_pictureLimits;
   for (int tries = 0; tries < kMostTries; ++tries) {
     struct stat status = {};
     const FileDescriptor opened = openRegularFile(file, status);
@@ -64,11 +71,13 @@ DecodedImage ProcessImageDecoder::decode(const FileUrl& file, std::int64_t bound
     const FileIdentity identity(status);
     if (isRefused(identity)) break;
     DecoderProcess::Outcome outcome = decodeOnce(
-        {opened.number(), status.st_size, bound, lane.urgency, lane.processorTime, lane.idleTime, lane.time}, lane);
+        {opened.number(), status.st_size, bound, lane.urgency, limits.processorTime, limits.idleTime, limits.time},
+        lane);
     if (outcome.end == DecoderProcess::End::answered) return std::move(outcome.image);
     const std::scoped_lock lock(m_mutex);
     if (m_isStopped) break;
     if (outcome.end == DecoderProcess::End::killed) continue;
+    if (ifDamaged == IfDamaged::forget) break;
     m_refused.push_back({identity, Clock::now() + kUntilTriedAgain});
     if (m_refused.size() > kMostRefused) m_refused.pop_front();
     break;
@@ -79,6 +88,10 @@ DecodedImage ProcessImageDecoder::decode(const FileUrl& file, std::int64_t bound
 // On the first decoder of the lane that is free.
 DecoderProcess::Outcome ProcessImageDecoder::decodeOnce(const DecoderProcess::Task& task, Lane& lane) {
   std::unique_lock lock(m_mutex);
+  const int whole = task.bound == 0 ? 1 : 0;
+  m_wholeUnderWay += whole;
+  // Whole pictures go while thumbnails are made: their memory would wait for nobody.
+  if (m_wholeUnderWay == 0) m_pixels->clear();
   Place* place = nullptr;
   m_isFree.wait(lock, [&] {
     const auto found =
@@ -102,6 +115,7 @@ DecoderProcess::Outcome ProcessImageDecoder::decodeOnce(const DecoderProcess::Ta
   std::unique_ptr<DecoderProcess> ended;
   if (decoder && (outcome.end != DecoderProcess::End::answered || decoder->isWorn())) ended = std::move(place->decoder);
   place->isBusy = false;
+  m_wholeUnderWay -= whole;
   lock.unlock();
   m_isFree.notify_all();
   return outcome;

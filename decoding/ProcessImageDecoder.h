@@ -35,6 +35,9 @@ class ProcessImageDecoder : public ImageDecoder {
   ~ProcessImageDecoder() override;
 
   [[nodiscard]] DecodedImage decode(const FileUrl& file) override;
+  // In a thumbnail's decoder.
+  [[nodiscard]] DecodedImage decodeInBackground(const FileUrl& file) override;
+  void giveMemoryBack() override { m_pixels->clear(); }
   [[nodiscard]] DecodedImage decodeBounded(const FileUrl& file, std::int64_t maxPixelSize) override;
 
   // Ends all decoders: what is being decoded comes to nothing at once, and all that is asked for later. Any thread.
@@ -55,18 +58,22 @@ class ProcessImageDecoder : public ImageDecoder {
   };
   struct Lane {
     std::int32_t niceness;
-    std::chrono::milliseconds processorTime;
-    std::chrono::milliseconds idleTime;
-    std::chrono::milliseconds time;
     MemoryClaims::Urgency urgency;
     std::vector<Place> places;
   };
+  // What a task may take, as DecoderProcess::Task has it.
+  struct Limits {
+    std::chrono::milliseconds processorTime;
+    std::chrono::milliseconds idleTime;
+    std::chrono::milliseconds time;
+  };
+  enum class IfDamaged { refuseForAWhile, forget };
   struct Refused {
     FileIdentity file;
     std::chrono::steady_clock::time_point until;
   };
 
-  [[nodiscard]] DecodedImage decode(const FileUrl& file, std::int64_t bound, Lane& lane);
+  [[nodiscard]] DecodedImage decode(const FileUrl& file, std::int64_t bound, Lane& lane, IfDamaged ifDamaged);
   [[nodiscard]] DecoderProcess::Outcome decodeOnce(const DecoderProcess::Task& task, Lane& lane);
   [[nodiscard]] std::unique_ptr<DecoderProcess> start(const Lane& lane);
   [[nodiscard]] bool isRefused(const FileIdentity& file);
@@ -77,6 +84,9 @@ class ProcessImageDecoder : public ImageDecoder {
   const std::shared_ptr<SharedPixels> m_pixels = std::make_shared<SharedPixels>();
   const DecoderProcess::Shared m_shared;
 
+  const Limits m_thumbnailLimits;
+  const Limits m_pictureLimits;
+
   mutable std::mutex m_mutex;  // guards all below, but for a decoder that is busy
   std::condition_variable m_isFree;
   Lane m_thumbnails;
@@ -84,6 +94,7 @@ class ProcessImageDecoder : public ImageDecoder {
   std::deque<Refused> m_refused;
   QString m_missing;
   std::uint64_t m_deaths = 0;
+  int m_wholeUnderWay = 0;  // tasks
   bool m_isStopped = false;
 };
 

@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 
@@ -40,18 +41,37 @@ SharedBuffer::~SharedBuffer() {
 }
 
 std::shared_ptr<SharedBuffer> SharedPixels::take(std::int64_t bytes) {
-  std::shared_ptr<SharedBuffer> spare;
+  std::vector<std::shared_ptr<SharedBuffer>> useless;
   {
     const std::scoped_lock lock(m_mutex);
-    spare.swap(m_spare);
+    const auto fits = [bytes](const auto& spare) {
+      return spare->bytes() >= bytes && spare->bytes() - bytes <= bytes / 8;
+    };
+    if (const auto found = std::find_if(m_spare.begin(), m_spare.end(), fits); found != m_spare.end()) {
+      std::shared_ptr<SharedBuffer> spare = std::move(*found);
+      m_spare.erase(found);
+      return spare;
+    }
+    useless.swap(m_spare);
   }
-  const bool fits = spare && spare->bytes() >= bytes && spare->bytes() - bytes <= bytes / 8;
-  return fits ? spare : SharedBuffer::make(bytes);
+  useless.clear();
+  return SharedBuffer::make(bytes);
 }
 
 void SharedPixels::giveBack(std::shared_ptr<SharedBuffer> buffer) {
+  constexpr std::size_t kMostSpare = 2;
   const std::scoped_lock lock(m_mutex);
-  m_spare.swap(buffer);
+  m_spare.push_back(std::move(buffer));
+  if (m_spare.size() > kMostSpare) {
+    buffer = std::move(m_spare.front());  // goes once the lock is open
+    m_spare.erase(m_spare.begin());
+  }
+}
+
+void SharedPixels::clear() {
+  std::vector<std::shared_ptr<SharedBuffer>> spare;
+  const std::scoped_lock lock(m_mutex);
+  spare.swap(m_spare);
 }
 
 QImage SharedPixels::picture(std::shared_ptr<SharedBuffer> buffer, QSize size, QImage::Format format) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "FileDescriptor.h"
 
@@ -35,21 +36,23 @@ class SharedBuffer {
   const std::int32_t m_number;
 };
 
-// Hands out buffers, and keeps the one that came back last for the next of its size: the pages of a new one cost as
-// much as decoding into them. Thread-safe.
+// Hands out buffers, and keeps the last that came back for others of their size: the pages of a new one cost as much as
+// decoding into them. Thread-safe.
 class SharedPixels : public std::enable_shared_from_this<SharedPixels> {
  public:
   // Of at least `bytes`. Null when memory is short.
   [[nodiscard]] std::shared_ptr<SharedBuffer> take(std::int64_t bytes);
   void giveBack(std::shared_ptr<SharedBuffer> buffer);
+  // Lets go of what came back.
+  void clear();
 
   // The picture at the begin of the buffer, without padding between its rows, which is given back with it. `size` and
   // `format` (4 bytes a pixel) fit the buffer.
   [[nodiscard]] QImage picture(std::shared_ptr<SharedBuffer> buffer, QSize size, QImage::Format format);
 
  private:
-  std::mutex m_mutex;  // guards m_spare
-  std::shared_ptr<SharedBuffer> m_spare;
+  std::mutex m_mutex;                                  // guards m_spare
+  std::vector<std::shared_ptr<SharedBuffer>> m_spare;  // of one size, nearly
 };
 
 }  // namespace lumagrid

@@ -130,7 +130,6 @@ void PhotoLibrary::loadCurrentImage(const std::optional<QString>& statusOverride
     return;
   }
   const QString name = photo->url.nameInSentence();
-  adviseNeighbors();
   DecodedImage decoded = m_services.decoder.decode(photo->url);
   if (decoded.pixels.isNull()) {
     setCurrentImage({});
@@ -139,13 +138,6 @@ void PhotoLibrary::loadCurrentImage(const std::optional<QString>& statusOverride
   }
   setCurrentImage(std::move(decoded.pixels));
   setStatus(statusOverride ? *statusOverride : QStringLiteral("Showing \"%1\".").arg(name), false);
-}
-
-// While this photo is decoded, the system can read those that a step would show.
-void PhotoLibrary::adviseNeighbors() {
-  for (const std::int64_t index : {m_currentIndex + 1, m_currentIndex - 1}) {
-    if (index >= 0 && index < photoCount()) m_services.decoder.willNeed(m_photos[static_cast<std::size_t>(index)].url);
-  }
 }
 
 void PhotoLibrary::setFolderURL(std::optional<FileUrl> url) {

@@ -111,7 +111,6 @@ class PhotoLibrary : public QObject {
   void adoptFolder(const FileUrl& url, FolderScan scan, std::int64_t current);
   void updateSecurityScopedAccess(const FileUrl& url);
   void releaseSecurityScopedAccess();
-  void adviseNeighbors();
   void loadCurrentImage(const std::optional<QString>& statusOverride);
   void applySortOrder();
   void sortPhotos(const std::vector<std::uint32_t>& positions);

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QImage>
+#include <functional>
+#include <vector>
 
 #include "FileUrl.h"
 
@@ -37,8 +39,21 @@ class ImageDecoder {
   // The whole picture.
   [[nodiscard]] virtual DecodedImage decode(const FileUrl& file) = 0;
 
-  // The file is likely to be asked for soon. Returns at once.
-  virtual void willNeed(const FileUrl& file) { (void)file; }
+  // The same, behind everything that somebody waits for.
+  [[nodiscard]] virtual DecodedImage decodeInBackground(const FileUrl& file) { return decode(file); }
+
+  // These files are likely to be asked for whole, the likeliest first; what was said before holds no more. Returns at
+  // once, with how many of them, from the first on, are made ready so that decode() need not wait. `ready` is called
+  // for each of those once it is, on any thread, with its picture, or a null one where there is none; not after the
+  // next call.
+  using Ready = std::function<void(const FileUrl& file, const QImage& picture)>;
+  virtual std::size_t prepare(const std::vector<FileUrl>& files, const Ready& ready) {
+    (void)files, (void)ready;
+    return 0;
+  }
+
+  // No whole picture is likely to be asked for soon: memory that is kept for it goes back to the system.
+  virtual void giveMemoryBack() {}
 
   // The picture scaled down, aspect ratio kept, so that its longer side has `maxPixelSize` pixels (>= 1); at its own
   // size when that is smaller. A thumbnail that the file carries is never used.

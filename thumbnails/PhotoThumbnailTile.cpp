@@ -85,9 +85,11 @@ void PhotoThumbnailTile::retire() {
 }
 
 // A key that changes several times before the event loop turns, while the window's edge is dragged say, loads once.
-// What is at hand shows in the frame that is being made.
+// What is at hand shows in the frame that is being made, at another bound if need be.
 void PhotoThumbnailTile::loadWhenKeyChanged() {
-  if (!isLoadDue() || showCached() || std::exchange(m_loadScheduled, true)) return;
+  if (!isLoadDue() || showCached()) return;
+  if (m_thumbnail.isNull()) showThumbnail(ThumbnailStore::standIn(m_photo.url));
+  if (std::exchange(m_loadScheduled, true)) return;
   QMetaObject::invokeMethod(this, &PhotoThumbnailTile::loadThumbnail, Qt::QueuedConnection);
 }
 

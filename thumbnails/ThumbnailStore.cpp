@@ -5,10 +5,10 @@
 #include <condition_variable>
 #include <mutex>
 #include <set>
+#include <vector>
 
+#include "ImageCache.h"
 #include "ImageDecoder.h"
-#include "MemoryBudget.h"
-#include "MemoryCache.h"
 
 namespace lumagrid::ThumbnailStore {
 
@@ -16,9 +16,29 @@ namespace {
 
 std::atomic<ImageDecoder*> s_decoder = nullptr;
 
-MemoryCache<QByteArray, QImage>& cache() {
-  static MemoryCache<QByteArray, QImage> cache(keptThumbnailBytes());
-  return cache;
+// The bounds that thumbnails were last made with, newest first. Thread-safe.
+class RecentBounds {
+ public:
+  void add(std::int64_t bound) {
+    constexpr std::size_t kMost = 12;
+    const std::scoped_lock lock(m_mutex);
+    std::erase(m_bounds, bound);
+    m_bounds.insert(m_bounds.begin(), bound);
+    if (m_bounds.size() > kMost) m_bounds.pop_back();
+  }
+  [[nodiscard]] std::vector<std::int64_t> all() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_bounds;
+  }
+
+ private:
+  mutable std::mutex m_mutex;
+  std::vector<std::int64_t> m_bounds;
+};
+
+RecentBounds& recentBounds() {
+  static RecentBounds bounds;
+  return bounds;
 }
 
 QByteArray cacheKey(const FileUrl& file, std::int64_t bound) {
@@ -57,20 +77,28 @@ void setDecoder(ImageDecoder& decoder) {
 }
 
 QImage cachedThumbnail(const FileUrl& file, double maxPixelSize) {
-  return cache().object(cacheKey(file, static_cast<std::int64_t>(maxPixelSize))).value_or(QImage());
+  return imageCache().object(cacheKey(file, static_cast<std::int64_t>(maxPixelSize))).value_or(QImage());
+}
+
+QImage standIn(const FileUrl& file) {
+  for (const std::int64_t bound : recentBounds().all()) {
+    if (const auto cached = imageCache().object(cacheKey(file, bound))) return *cached;
+  }
+  return {};
 }
 
 QImage thumbnail(const FileUrl& file, double maxPixelSize) {
   const auto bound = static_cast<std::int64_t>(maxPixelSize);
   const QByteArray key = cacheKey(file, bound);
-  if (const auto cached = cache().object(key)) return *cached;
+  if (const auto cached = imageCache().object(key)) return *cached;
   const ThumbnailLock lock(key);
-  if (const auto cached = cache().object(key)) return *cached;
+  if (const auto cached = imageCache().object(key)) return *cached;
   ImageDecoder* const decoder = s_decoder;
   if (!decoder) return {};
   const DecodedImage decoded = decoder->decodeBounded(file, bound);
   if (decoded.pixels.isNull()) return {};
-  cache().setObject(key, decoded.pixels, static_cast<std::size_t>(decoded.pixels.sizeInBytes()));
+  keepImage(key, decoded.pixels);
+  recentBounds().add(bound);
   return decoded.pixels;
 }
 

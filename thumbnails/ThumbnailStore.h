@@ -24,4 +24,8 @@ void setDecoder(ImageDecoder& decoder);
 // The same, only if the cache has it. Any thread; never blocks on a file.
 [[nodiscard]] QImage cachedThumbnail(const FileUrl& file, double maxPixelSize);
 
+// A thumbnail of the file at some other bound that the cache has, which can stand in while the right one is made; null
+// when it has none. Any thread; never blocks on a file.
+[[nodiscard]] QImage standIn(const FileUrl& file);
+
 }  // namespace lumagrid::ThumbnailStore

@@ -86,7 +86,7 @@ BackgroundQueue::Ticket BackgroundQueue::enqueue(std::function<void()> work, std
   const auto job = std::make_shared<Ticket::Job>(m_pool, std::move(work), std::move(finished), m_pendingCount);
   job->self = job;
   handOver(job.get());
-  m_pool.start(job.get(), m_urgency == Urgency::urgent ? kUrgentWork : m_turn);
+  m_pool.start(job.get(), m_urgency == Urgency::urgent ? kUrgentWork : m_urgency == Urgency::idle ? -1 : m_turn);
   return Ticket(job);
 }
 

@@ -35,9 +35,9 @@ class BackgroundQueue : public QObject {
     std::shared_ptr<Job> m_job;
   };
 
-  enum class Urgency { ordinary, urgent };
+  enum class Urgency { idle, ordinary, urgent };
 
-  // Urgent work goes before that of every ordinary queue. `pool` outlives the work.
+  // Urgent work goes before that of every ordinary queue, and idle work behind it. `pool` outlives the work.
   explicit BackgroundQueue(Urgency urgency = Urgency::ordinary, QThreadPool& pool = workerPool());
 
   // Runs `work` on a thread of the pool, then `finished` on the main thread, where both are destroyed too. The ticket

@@ -39,6 +39,7 @@ StageShell {
             image: root.view.shown.currentImage
             zoomScale: root.view.zoomScale
             offset: root.view.displacement
+            ahead: root.view.photosAhead
 
             Connections {
                 target: root.view

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "ImageCache.h"
+
 namespace lumagrid {
 
 namespace {
@@ -13,6 +15,12 @@ QImage inTextureFormat(QImage photo) {
   }
   return std::move(photo).convertToFormat(photo.hasAlphaChannel() ? QImage::Format_RGBA8888_Premultiplied
                                                                   : QImage::Format_RGBX8888);
+}
+
+// Of one picture in one size.
+QByteArray fittedKey(const QImage& photo, QSize pixels) {
+  return "fitted " + QByteArray::number(photo.cacheKey()) + ' ' + QByteArray::number(pixels.width()) + 'x' +
+         QByteArray::number(pixels.height());
 }
 
 QSize halvedSize(QSize size) {
@@ -58,6 +66,9 @@ bool PhotoPyramid::buildNextLevel(const std::stop_token& stop) {
 }
 
 QImage PhotoPyramid::fitted(QSize pixels) const {
+  if (const auto kept = imageCache().object(fittedKey(m_photo, pixels))) {
+    return *kept;
+  }
   QImage source = m_photo;
   {
     const std::scoped_lock lock(m_mutex);
@@ -70,6 +81,15 @@ QImage PhotoPyramid::fitted(QSize pixels) const {
     }
   }
   return source.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+QImage keepFitted(const QImage& photo, QSize pixels) {
+  if (photo.size() == pixels) {
+    return photo;
+  }
+  QImage fitted = PhotoPyramid(photo).fitted(pixels);
+  keepImage(fittedKey(photo, pixels), fitted);
+  return fitted;
 }
 
 QImage halved(const QImage& image, const std::stop_token& stop) {

@@ -33,7 +33,7 @@ class PhotoPyramid {
   bool buildNextLevel(const std::stop_token& stop = {});
 
   // The photo in exactly `pixels` (each side no larger than the photo's), averaged by area from the coarsest level that
-  // still has twice as many and covers nothing but the photo.
+  // still has twice as many and covers nothing but the photo; or what keepFitted() has kept.
   [[nodiscard]] QImage fitted(QSize pixels) const;
 
  private:
@@ -41,6 +41,9 @@ class PhotoPyramid {
   mutable std::mutex m_mutex;
   std::vector<QImage> m_levels;
 };
+
+// Makes what fitted(pixels) gives before it is asked for, and keeps it among all that the process keeps. Any thread.
+QImage keepFitted(const QImage& photo, QSize pixels);
 
 // The average of each 2 x 2 pixels, in the same format; sizes round up. Null when stopped, or without memory for it.
 [[nodiscard]] QImage halved(const QImage& image, const std::stop_token& stop = {});

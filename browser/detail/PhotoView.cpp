@@ -4,7 +4,6 @@
 #include <cmath>
 #include <utility>
 
-#include "PhotoViewGeometry.h"
 #include "PhotoViewNode.h"
 
 namespace lumagrid {
@@ -91,26 +90,23 @@ double PhotoView::devicePixelRatio() const {
   return window() ? window()->effectiveDevicePixelRatio() : 1;
 }
 
-QRectF PhotoView::alignedBox() const {
-  return pixelAligned(fittedBox(), mapToScene(QPointF()), devicePixelRatio());
-}
-
-QSize PhotoView::fittedPixels() const {
-  const QSize device = (alignedBox().size() * devicePixelRatio()).toSize();
-  const QSize photo = m_pyramid->size();
-  return device.width() >= photo.width() && device.height() >= photo.height() ? photo : device.boundedTo(photo);
+PhotoStage PhotoView::stage() const {
+  return {size(), mapToScene(QPointF()), devicePixelRatio()};
 }
 
 void PhotoView::updatePolish() {
   followState();
   if (isVisible() && m_pyramid && !size().isEmpty()) {
+    if (m_ahead) {
+      m_ahead->setStage(stage());
+    }
     makeFittedImage();
     makeLevels();
   }
 }
 
 void PhotoView::makeFittedImage() {
-  const QSize wanted = fittedPixels();
+  const QSize wanted = stage().fittedPixels(m_pyramid->size());
   if (m_fittedImage.size() == wanted) {
     return;
   }
@@ -172,7 +168,8 @@ QSGNode* PhotoView::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
     return nullptr;
   }
   auto* node = oldNode ? static_cast<PhotoViewNode*>(oldNode) : std::make_unique<PhotoViewNode>(window()).release();
-  const bool pending = node->show({m_pyramid, m_fittedImage, alignedBox(), size(), m_displayed, devicePixelRatio()});
+  const bool pending = node->show(
+      {m_pyramid, m_fittedImage, stage().fittedBox(m_pyramid->size()), size(), m_displayed, devicePixelRatio()});
   if (pending) {
     QMetaObject::invokeMethod(this, &QQuickItem::update, Qt::QueuedConnection);
   }

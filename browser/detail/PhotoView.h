@@ -10,7 +10,9 @@
 
 #include "BackgroundQueue.h"
 #include "PhotoPyramid.h"
+#include "PhotoViewGeometry.h"
 #include "PhotoViewMotion.h"
+#include "PhotosAhead.h"
 #include "ZoomState.h"
 
 namespace lumagrid {
@@ -35,6 +37,7 @@ class PhotoView : public QQuickItem {
   // What is on screen: follows zoomScale and offset at the next frame, or along a curve (see animate).
   Q_PROPERTY(double displayedScale READ displayedScale NOTIFY displayedChanged)
   Q_PROPERTY(QPointF displayedOffset READ displayedOffset NOTIFY displayedChanged)
+  Q_PROPERTY(lumagrid::PhotosAhead* ahead MEMBER m_ahead NOTIFY aheadChanged)  // is told the stage; may be null
 
  public:
   using Curve = ZoomState::Curve;
@@ -62,6 +65,7 @@ class PhotoView : public QQuickItem {
   void offsetChanged();
   void fittedBoxChanged();
   void displayedChanged();
+  void aheadChanged();
 
  protected:
   void updatePolish() override;
@@ -76,9 +80,9 @@ class PhotoView : public QQuickItem {
   void makeLevels();
   void makeNextLevel();
   [[nodiscard]] double devicePixelRatio() const;
-  [[nodiscard]] QRectF alignedBox() const;
-  [[nodiscard]] QSize fittedPixels() const;
+  [[nodiscard]] PhotoStage stage() const;
 
+  PhotosAhead* m_ahead = nullptr;
   QImage m_image;
   std::shared_ptr<PhotoPyramid> m_pyramid;
   QImage m_fittedImage;  // see PhotoViewFrame

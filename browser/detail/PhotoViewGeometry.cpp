@@ -23,6 +23,15 @@ QRectF pixelAligned(const QRectF& rect, QPointF origin, double devicePixelRatio)
   return {aligned / devicePixelRatio - origin, QSizeF(width, height) / devicePixelRatio};
 }
 
+QRectF PhotoStage::fittedBox(QSize photo) const {
+  return pixelAligned(fittedRect(size, photo), origin, devicePixelRatio);
+}
+
+QSize PhotoStage::fittedPixels(QSize photo) const {
+  const QSize device = (fittedBox(photo).size() * devicePixelRatio).toSize();
+  return device.width() >= photo.width() && device.height() >= photo.height() ? photo : device.boundedTo(photo);
+}
+
 QRectF zoomedRect(const QRectF& fitted, QSizeF stage, const ZoomState& zoom) {
   const QPointF center(stage.width() / 2, stage.height() / 2);
   return {(fitted.topLeft() - center) * zoom.scale + center + zoom.offset, fitted.size() * zoom.scale};

@@ -20,6 +20,20 @@ namespace lumagrid {
 // window in points and `devicePixelRatio` the pixels of a point.
 [[nodiscard]] QRectF pixelAligned(const QRectF& rect, QPointF origin, double devicePixelRatio);
 
+// Where a PhotoView lies in its window, in points; `devicePixelRatio` is the pixels of a point.
+struct PhotoStage {
+  QSizeF size;
+  QPointF origin;
+  double devicePixelRatio = 1;
+
+  // Of a photo of `photo` pixels, on device pixels.
+  [[nodiscard]] QRectF fittedBox(QSize photo) const;
+  // The device pixels of that; the photo's own size when it has no more on either side.
+  [[nodiscard]] QSize fittedPixels(QSize photo) const;
+
+  friend bool operator==(const PhotoStage&, const PhotoStage&) = default;
+};
+
 // Where `fitted` lies on the stage once it is zoomed and moved. Points.
 [[nodiscard]] QRectF zoomedRect(const QRectF& fitted, QSizeF stage, const ZoomState& zoom);
 

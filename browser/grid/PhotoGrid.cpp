@@ -165,6 +165,7 @@ void PhotoGrid::updateTiles() {
   for (std::int64_t index = first; index < last; ++index) {
     if (index != current) showTile(index);
   }
+  m_view->thumbnailsAhead().follow(m_layout, first, last);
 }
 
 void PhotoGrid::showTile(std::int64_t index) {

@@ -165,6 +165,14 @@ class ThreadsTest : public QObject {
     QVERIFY(!cache.object('b') && !cache.object('c') && cache.object('d') && cache.object('e'));
     cache.setObject('a', 6, 31);  // beyond the budget: not kept, and the old value would be a lie
     QVERIFY(!cache.object('a') && cache.object('d') && cache.object('e'));
+
+    struct IsOdd {
+      bool operator()(int value) const { return value % 2 != 0; }
+    };
+    MemoryCache<char, int, std::hash<char>, IsOdd> inUse(30);
+    for (const int value : {1, 2, 3}) inUse.setObject(static_cast<char>('a' + value), value, 10);
+    inUse.makeRoom(20);  // only the even one can go
+    QVERIFY(inUse.object('b') && !inUse.object('c') && inUse.object('d'));
   }
 };
 

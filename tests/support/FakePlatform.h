@@ -22,6 +22,9 @@ struct FakeImageDecoder : ImageDecoder {
   QImage picture = whitePicture();  // of every file
   QSet<QString> damaged;
   QStringList decoded;
+  QStringList expected;        // what it was told to prepare last
+  bool preparesInTime = true;  // else nothing is ready before the test calls `ready`
+  Ready ready;
 
   DecodedImage decode(const FileUrl& file) override {
     decoded.append(file.displayName());
@@ -31,6 +34,12 @@ struct FakeImageDecoder : ImageDecoder {
     return {image, ImageError::none};
   }
   DecodedImage decodeBounded(const FileUrl& file, std::int64_t) override { return decode(file); }
+  std::size_t prepare(const std::vector<FileUrl>& files, const Ready& whenReady) override {
+    expected.clear();
+    for (const FileUrl& file : files) expected.append(file.displayName());
+    ready = whenReady;
+    return preparesInTime ? 0 : files.size();
+  }
 
   // The file of a picture that came from here; empty for none.
   [[nodiscard]] static QString nameOf(const QImage& image) { return image.text(QStringLiteral("name")); }

@@ -90,6 +90,21 @@ class ThumbnailsTest : public QObject {
     QCOMPARE(ThumbnailStore::thumbnail(file, 240).width(), 240);
   }
 
+  void anotherSizeStandsIn() {
+    m_tile->setSide(150);
+    settle();
+    PhotoThumbnailTile other;
+    other.setQueue(&m_queue);
+    other.setPhoto(m_photo);
+    other.setSide(200);
+    QCOMPARE(other.thumbnail().width(), 300);  // at once
+    settle();
+    QCOMPARE(other.thumbnail().width(), 400);
+    other.setPhoto({m_folder.add(QStringLiteral("unseen.png"), samplePhoto({900, 900}))});
+    QVERIFY(other.thumbnail().isNull());
+    settle();
+  }
+
   void picturesAreDecodedOnceForEachContentOfAFile() {
     FakeImageDecoder decoder;
     PictureStore store(decoder);

@@ -49,17 +49,35 @@ class PhotoUiTest : public QObject {
       QKeyEvent event(type, Qt::Key_Right, {}, {}, isRepeat);
       QCoreApplication::sendEvent(&window.window, &event);
     };
+    // Held from its first repeat on, it goes on by itself.
     send(QEvent::KeyPress, false);
     QCOMPARE(window.library.currentIndex(), 1);
     send(QEvent::KeyRelease, true);
     send(QEvent::KeyPress, true);
-    QTRY_COMPARE(window.library.currentIndex(), 2);
-    // The key is held for longer than the window can keep up with, and released: it stops there.
+    QTRY_VERIFY(isAt(3));
+    send(QEvent::KeyRelease, false);
+    // Held for longer than the window can keep up with, and released: it stops there.
+    window.library.openPhoto(1);
     for (int event = 0; event < 60; ++event) send(event % 2 ? QEvent::KeyPress : QEvent::KeyRelease, true);
     send(QEvent::KeyRelease, false);
+    for (int turn = 0; turn < 5; ++turn) QCoreApplication::processEvents();
+    QVERIFY(isAt(1));
+    window.library.openPhoto(2);
     QTRY_VERIFY(isAt(2));
-    QCoreApplication::processEvents();
-    QVERIFY(isAt(2));
+    // Held while the next photo is still being made: it waits, and goes on with it.
+    window.platform.decoder.preparesInTime = false;
+    window.library.openPhoto(0);
+    for (const bool isRepeat : {true, true}) send(QEvent::KeyPress, isRepeat);
+    QTest::qWait(60);
+    QVERIFY(isAt(0));
+    window.platform.decoder.ready(m_folder.url(photoName(1)), {});
+    QTRY_VERIFY(isAt(1));
+    QTest::qWait(60);
+    QVERIFY(isAt(1));
+    send(QEvent::KeyRelease, false);
+    window.platform.decoder.preparesInTime = true;
+    window.library.openPhoto(2);
+    QTRY_VERIFY(isAt(2));
     window.window.hide();  // no frame comes
     for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Left}) window.press(key);
     QTRY_COMPARE(window.library.currentIndex(), 2);
