@@ -7,6 +7,7 @@ Window {
 
     required property ContentView view
     required property AppMenus menus
+    property bool isOpening: false // what to show is on its way
 
     width: minimumWidth
     height: minimumHeight
@@ -26,6 +27,7 @@ Window {
         anchors.fill: parent
         view: window.view
         topInset: menuBar.height
+        isBlank: window.isOpening
     }
 
     Shortcut {

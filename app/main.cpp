@@ -1,6 +1,8 @@
 #include <QApplication>
+#include <QTimer>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -48,6 +50,22 @@ class BackgroundEnd {
   ProcessImageDecoder& m_decoder;
 };
 
+// The first frame takes as long as the decode of a picture, which goes on meanwhile: the window comes up with nothing
+// but its backdrop, and then waits for what it shows.
+void openAfterFirstFrame(QQuickWindow& window, const std::function<void()>& open) {
+  static constexpr char kIsOpening[] = "isOpening";
+  constexpr int kLongestFrameMs = 1000;  // nobody sees the window then
+  window.setProperty(kIsOpening, true);
+  const auto openOnce = [&window, open] {
+    if (!window.property(kIsOpening).toBool()) return;
+    open();
+    window.setProperty(kIsOpening, false);
+  };
+  QObject::connect(&window, &QQuickWindow::frameSwapped, &window, openOnce,
+                   static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+  QTimer::singleShot(kLongestFrameMs, &window, openOnce);
+}
+
 int run(QApplication& application, char* const* arguments, const CommandLine& line, ProcessImageDecoder& decoder,
         PictureStore& pictures, std::unique_ptr<StartAhead> ahead) {
   QObject::connect(&application, &QApplication::aboutToQuit, &application, [&decoder] { decoder.stop(); });
@@ -61,16 +79,16 @@ int run(QApplication& application, char* const* arguments, const CommandLine& li
   QQuickWindow* window = app.makeWindow();
   if (!window) return EXIT_FAILURE;
   fallBackToSoftware(*window, arguments);
-  window->create();  // loads the graphics driver while other threads read
-  ContentView& view = *app.contentView(window);
   if (!line.path.isEmpty()) {
     const FileUrl url = FileUrl::fromPath(line.path);
     // Options of the toolkit before the path hide it until the toolkit has taken them.
     if (!ahead) ahead = std::make_unique<StartAhead>(url, pictures);
-    view.openPath(url, ahead->takeScan());
-    if (view.library()->statusIsError()) {
-      std::fprintf(stderr, "lumagrid: %s\n", qPrintable(view.library()->statusMessage()));
-    }
+    openAfterFirstFrame(*window, [&view = *app.contentView(window), url, &ahead] {
+      view.openPath(url, ahead->takeScan());
+      if (view.library()->statusIsError()) {
+        std::fprintf(stderr, "lumagrid: %s\n", qPrintable(view.library()->statusMessage()));
+      }
+    });
   }
   window->show();
   return application.exec();

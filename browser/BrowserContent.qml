@@ -10,6 +10,7 @@ FocusScope {
 
     required property ContentView view
     property real topInset: 0 // taken by the menu bar, under which the backdrop runs on
+    property bool isBlank: false // nothing but the backdrop shows
 
     focus: true
 
@@ -25,6 +26,7 @@ FocusScope {
 
         anchors.fill: parent
         anchors.topMargin: root.topInset
+        visible: !root.isBlank
 
         // Before the stage for the Tab key, above it for the eye.
         OverlayChrome {
@@ -43,6 +45,7 @@ FocusScope {
             anchors.fill: parent
             anchors.margins: root.view.stageMargin
             focus: true
+            active: !root.isBlank
             sourceComponent: root.view.showsGrid ? gridStage : detailStage
         }
     }

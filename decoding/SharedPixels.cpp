@@ -8,6 +8,8 @@
 #include <atomic>
 #include <utility>
 
+#include "WorkerPool.h"
+
 namespace lumagrid {
 
 namespace {
@@ -40,6 +42,14 @@ SharedBuffer::~SharedBuffer() {
   ::fallocate(m_memory.number(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, m_bytes);
 }
 
+void SharedBuffer::makePages(const std::function<bool()>& isWanted) const {
+  constexpr std::int64_t kAtOnce = std::int64_t{2} << 20;
+  for (std::int64_t end = m_bytes; end > 0 && isWanted(); end -= kAtOnce) {
+    const std::int64_t begin = std::max<std::int64_t>(0, end - kAtOnce);
+    if (::fallocate(m_memory.number(), 0, begin, end - begin) != 0) return;
+  }
+}
+
 std::shared_ptr<SharedBuffer> SharedPixels::take(std::int64_t bytes) {
   std::vector<std::shared_ptr<SharedBuffer>> useless;
   {
@@ -55,7 +65,16 @@ std::shared_ptr<SharedBuffer> SharedPixels::take(std::int64_t bytes) {
     useless.swap(m_spare);
   }
   useless.clear();
-  return SharedBuffer::make(bytes);
+  auto made = SharedBuffer::make(bytes);
+  constexpr std::int64_t kLarge = std::int64_t{16} << 20;
+  if (made && bytes >= kLarge) {
+    const auto work = [buffer = std::weak_ptr(made)] {
+      const auto held = buffer.lock();
+      if (held) held->makePages([&held] { return held.use_count() > 1; });
+    };
+    startWork(work, kUrgentWork);
+  }
+  return made;
 }
 
 void SharedPixels::giveBack(std::shared_ptr<SharedBuffer> buffer) {

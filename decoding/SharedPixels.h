@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -20,6 +21,10 @@ class SharedBuffer {
   SharedBuffer& operator=(const SharedBuffer&) = delete;
   // Gives the pages back, whoever still maps them.
   ~SharedBuffer();
+
+  // Gives it its pages, the last ones first, and ends when `isWanted` says so: somebody writes into the first ones
+  // meanwhile, and takes half as long over those that are there. Any thread.
+  void makePages(const std::function<bool()>& isWanted) const;
 
   // No other buffer of the process has it.
   [[nodiscard]] std::int32_t number() const { return m_number; }

@@ -1,6 +1,9 @@
 #include "PhotoView.h"
 
+#include <QCoreApplication>
+#include <QPointer>
 #include <QQuickWindow>
+#include <QRunnable>
 #include <cmath>
 #include <utility>
 
@@ -162,11 +165,29 @@ void PhotoView::makeNextLevel() {
       });
 }
 
+// Once the frame that is being made is on screen.
+void PhotoView::announcePhoto() {
+  if (!m_ahead || m_announced.lock() == m_pyramid) {
+    return;
+  }
+  m_announced = m_pyramid;
+  const auto announce = [ahead = QPointer(m_ahead)] {
+    if (ahead) {
+      ahead->photoShown();
+    }
+  };
+  window()->scheduleRenderJob(QRunnable::create([announce] {
+                                QMetaObject::invokeMethod(QCoreApplication::instance(), announce, Qt::QueuedConnection);
+                              }),
+                              QQuickWindow::AfterSwapStage);
+}
+
 QSGNode* PhotoView::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
   if (!m_pyramid || m_fittedImage.isNull()) {
     delete oldNode;
     return nullptr;
   }
+  announcePhoto();
   auto* node = oldNode ? static_cast<PhotoViewNode*>(oldNode) : std::make_unique<PhotoViewNode>(window()).release();
   const bool pending = node->show(
       {m_pyramid, m_fittedImage, stage().fittedBox(m_pyramid->size()), size(), m_displayed, devicePixelRatio()});

@@ -81,8 +81,10 @@ class PhotoView : public QQuickItem {
   void makeNextLevel();
   [[nodiscard]] double devicePixelRatio() const;
   [[nodiscard]] PhotoStage stage() const;
+  void announcePhoto();
 
   PhotosAhead* m_ahead = nullptr;
+  std::weak_ptr<PhotoPyramid> m_announced;  // what `ahead` knows to be shown
   QImage m_image;
   std::shared_ptr<PhotoPyramid> m_pyramid;
   QImage m_fittedImage;  // see PhotoViewFrame

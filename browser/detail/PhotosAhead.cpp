@@ -23,18 +23,27 @@ void PhotosAhead::setOnStage(bool isOnStage) {
   m_isHeld = false;
   m_direction = 1;
   m_index = m_library.currentIndex();
-  prepare();
+  isOnStage ? awaitFrame() : prepare();
+}
+
+void PhotosAhead::awaitFrame() {
+  constexpr int kLongestFrameMs = 300;
+  m_longestFrame.start(kLongestFrameMs, this);
+}
+
+void PhotosAhead::photoShown() {
+  if (m_longestFrame.isActive()) prepare();
 }
 
 void PhotosAhead::setStage(const PhotoStage& stage) {
   constexpr int kSettledMs = 200;  // while the window's edge is dragged, each frame has another
   if (stage == m_stage) return;
-  m_stageSettles.start(m_stage.size.isEmpty() ? 0 : kSettledMs, this);
   m_stage = stage;
+  if (!m_longestFrame.isActive()) m_stageSettles.start(kSettledMs, this);
 }
 
 void PhotosAhead::timerEvent(QTimerEvent* event) {
-  if (event->timerId() != m_stageSettles.timerId() && event->timerId() != m_frameFirst.timerId()) return;
+  if (event->timerId() != m_stageSettles.timerId() && event->timerId() != m_longestFrame.timerId()) return;
   prepare();
 }
 
@@ -49,9 +58,7 @@ void PhotosAhead::follow() {
   if (index != m_index) m_direction = index > m_index ? 1 : -1;
   m_index = index;
   if (!m_isOnStage) return;
-  // The frame with the photo has the processor to itself, unless the next one is due at once.
-  constexpr int kFrameMs = 20;
-  m_isHeld ? prepare() : m_frameFirst.start(kFrameMs, this);
+  m_isHeld ? prepare() : awaitFrame();  // while an arrow is held, the next photo is due at once
 }
 
 std::vector<FileUrl> PhotosAhead::filesAhead() const {
@@ -69,7 +76,7 @@ std::vector<FileUrl> PhotosAhead::filesAhead() const {
 
 void PhotosAhead::prepare() {
   m_stageSettles.stop();
-  m_frameFirst.stop();
+  m_longestFrame.stop();
   const auto ready = [stage = m_stage, self = QPointer(this), round = ++m_round](const FileUrl& file,
                                                                                  const QImage& picture) {
     const bool isSizeKnown = !stage.size.isEmpty() && !picture.isNull();

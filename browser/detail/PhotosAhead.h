@@ -35,6 +35,8 @@ class PhotosAhead : public QObject {
   void setOnStage(bool isOnStage);
   // What the photos are fitted to.
   void setStage(const PhotoStage& stage);
+  // A frame shows the current photo: the processor is free for others.
+  void photoShown();
   // Whether an arrow is held.
   void setHeld(bool isHeld);
 
@@ -50,6 +52,7 @@ class PhotosAhead : public QObject {
  private:
   void prepare();
   void follow();
+  void awaitFrame();
   [[nodiscard]] std::vector<FileUrl> filesAhead() const;
   void finish(int round, const FileUrl& file, const QImage& fitted);
 
@@ -61,8 +64,8 @@ class PhotosAhead : public QObject {
   QBasicTimer m_stageSettles;
   qint64 m_index = -1;  // of the photo on the stage
   qint64 m_direction = 1;
-  int m_round = 0;  // counts what was told to the decoder
-  QBasicTimer m_frameFirst;
+  int m_round = 0;                     // counts what was told to the decoder
+  QBasicTimer m_longestFrame;          // runs until the photo is shown
   QSet<QByteArray> m_awaited;          // paths that are being made ready
   QHash<QByteArray, QImage> m_fitted;  // by path; held so that they stay in the cache
 };

@@ -160,7 +160,7 @@ class AheadTest : public QObject {
     decoder.preparesInTime = false;
     ahead.setOnStage(true);
     ahead.setStage({{400, 300}, {}, 1});
-    QTest::qWait(50);
+    ahead.photoShown();
     QVERIFY(!ahead.isReady(PhotosAhead::Step::previous));
     QVERIFY(ahead.isReady(PhotosAhead::Step::next));  // there is none
     const QImage picture(1000, 1000, QImage::Format_RGBX8888);
