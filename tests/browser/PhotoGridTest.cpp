@@ -65,6 +65,10 @@ class PhotoGridTest : public QObject {
     }
     QCOMPARE(m_animated, (QList<double>{m_grid->contentHeight() - 600, centered}));
     for (const auto* tile : madeTiles()) QCOMPARE(tile->name().isEmpty(), !tile->isVisible());  // none loads unseen
+    // The next screen is made before it is looked at.
+    const auto unseen = static_cast<std::size_t>(layout.visibleIndices(centered).second + 3);
+    const double bound = PhotoThumbnailTile::maxPixelSize(layout.metrics.cellSide);
+    QTRY_VERIFY(!ThumbnailStore::cachedThumbnail(m_window->library.photos()[unseen].url, bound).isNull());
     m_window->library.extendSelection(399);
     settle();
 
