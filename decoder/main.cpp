@@ -36,7 +36,7 @@ bool tidyDescriptors() {
   ::close(kControl);
   ::prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0);
   ::dup2(STDOUT_FILENO, STDERR_FILENO);  // codecs complain about files
-  (void)::nice(request.niceness);
+  [[maybe_unused]] const int niceness = ::nice(request.niceness);
   serveWindow(socket, {request.freeMemory, request.mostMemory});
   std::_Exit(EXIT_SUCCESS);
 }
