@@ -100,7 +100,7 @@ int main(int argc, char* argv[]) {
   QApplication::setApplicationName(QStringLiteral("lumagrid"));
   QApplication::setApplicationDisplayName(QStringLiteral("Lumagrid"));
   QApplication::setApplicationVersion(QStringLiteral(LUMAGRID_VERSION));
-  QApplication::setDesktopFileName(QStringLiteral("lumagrid"));
+  QApplication::setDesktopFileName(QStringLiteral("org.lumagrid.lumagrid"));
 
   const auto parse = [&] { return CommandLine::parse(QList<QByteArray>(argv + 1, argv + argc)); };
   // Help needs no display.

@@ -50,12 +50,13 @@ class PictureFormatsTest : public QObject {
   }
 
   void theDesktopIsToldOfThem() {
-    const QString entry = contents(PACKAGING "/lumagrid.desktop");
+    const QString entry = contents(PACKAGING "/org.lumagrid.lumagrid.desktop");
     const QString types = entry.section(QStringLiteral("MimeType="), 1).section(QLatin1Char('\n'), 0, 0);
     const QSet<QString> folders = {QStringLiteral("inode/directory")};
     QCOMPARE(words(types, QStringLiteral("[^;]+")),
              words(QString::fromUtf8(kMimeTypes), QStringLiteral("\\S+")) + folders);
-    const QString opens = contents(PACKAGING "/lumagrid.metainfo.xml").section(QStringLiteral("<li>Opens "), 1);
+    const QString opens =
+        contents(PACKAGING "/org.lumagrid.lumagrid.metainfo.xml").section(QStringLiteral("<li>Opens "), 1);
     QCOMPARE(opens.section(QStringLiteral("</li>"), 0, 0) + QStringLiteral(", "), QString::fromUtf8(kNames));
   }
 };
