@@ -3,8 +3,10 @@
 #include <QByteArray>
 #include <QString>
 #include <optional>
+#include <vector>
 
 #include "Appearance.h"
+#include "FileUrl.h"
 
 namespace lumagrid {
 
@@ -13,11 +15,12 @@ struct CommandLine {
   enum class Action { open, showHelp, showVersion, refuse };
 
   Action action = Action::open;
-  QByteArray path;  // as given, byte for byte; empty: none
+  // A folder or picture, several pictures of one folder in the order in which they are named, or nothing.
+  std::vector<FileUrl> files;
   std::optional<ColorScheme> appearance;
   QString refusal;  // for people, when refused
 
-  // `arguments` are the program's own, after the toolkit has taken its options, without the program's name.
+  // `arguments` are all but the program's name, those for the toolkit included. Any thread, before there is a toolkit.
   [[nodiscard]] static CommandLine parse(const QList<QByteArray>& arguments);
   [[nodiscard]] static QString helpText();
 };

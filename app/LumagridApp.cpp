@@ -40,7 +40,36 @@ QQuickWindow* LumagridApp::makeWindow() {
   if (!window) return nullptr;
   (void)object.release();
   m_windows.push_back({std::move(view), std::unique_ptr<QQuickWindow>(window)});
+  connect(
+      window, &QWindow::visibleChanged, this, [this, window] { forgetIfClosed(window); },
+      Qt::QueuedConnection);  // once it has closed
   return window;
+}
+
+void LumagridApp::open(const std::vector<FileUrl>& files) {
+  m_dialogs.afterwards(this, [this, files] {
+    QQuickWindow* window = unusedWindow();
+    if (!window) window = makeWindow();
+    if (!window) return;
+    if (!files.empty()) contentView(window)->openPaths(files);
+    window->show();
+    window->raise();
+    window->requestActivate();
+  });
+}
+
+QQuickWindow* LumagridApp::unusedWindow() const {
+  for (const OpenWindow& open : m_windows) {
+    if (!open.view->library()->folderURL()) return open.window.get();
+  }
+  return nullptr;
+}
+
+// The last one stays: the application ends with it.
+void LumagridApp::forgetIfClosed(const QQuickWindow* window) {
+  if (m_windows.size() < 2) return;
+  std::erase_if(m_windows,
+                [window](const OpenWindow& open) { return open.window.get() == window && !open.window->isVisible(); });
 }
 
 ContentView* LumagridApp::contentView(const QQuickWindow* window) const {

@@ -40,6 +40,9 @@ class LumagridApp : public QObject {
 
   // A window, not yet shown; null when its interface cannot be loaded. The application owns it.
   [[nodiscard]] QQuickWindow* makeWindow();
+  // Shows what a later start asks for (see ContentView::openPaths(); no files: only a window) once no dialog is open,
+  // in a window without a folder, or in a new one.
+  void open(const std::vector<FileUrl>& files);
   // The state of a window that makeWindow() returned.
   [[nodiscard]] ContentView* contentView(const QQuickWindow* window) const;
 
@@ -52,6 +55,8 @@ class LumagridApp : public QObject {
     std::unique_ptr<ContentView> view;
     std::unique_ptr<QQuickWindow> window;  // gone before the state that it shows
   };
+  [[nodiscard]] QQuickWindow* unusedWindow() const;
+  void forgetIfClosed(const QQuickWindow* window);
 
   Platform m_platform;
   NotificationCenter m_notificationCenter;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "BusInstance.h"
 #include "CommandLine.h"
 #include "DesktopPlatform.h"
 #include "LumagridApp.h"
@@ -67,7 +68,8 @@ void openAfterFirstFrame(QQuickWindow& window, const std::function<void()>& open
 }
 
 int run(QApplication& application, char* const* arguments, const CommandLine& line, ProcessImageDecoder& decoder,
-        PictureStore& pictures, std::unique_ptr<StartAhead> ahead) {
+        PictureStore& pictures, StartAhead* ahead) {
+  BusInstance instance;
   QObject::connect(&application, &QApplication::aboutToQuit, &application, [&decoder] { decoder.stop(); });
   PortalAppearance appearance(line.appearance);
   SettingsPreferences preferences;
@@ -79,12 +81,13 @@ int run(QApplication& application, char* const* arguments, const CommandLine& li
   QQuickWindow* window = app.makeWindow();
   if (!window) return EXIT_FAILURE;
   fallBackToSoftware(*window, arguments);
-  if (!line.path.isEmpty()) {
-    const FileUrl url = FileUrl::fromPath(line.path);
-    // Options of the toolkit before the path hide it until the toolkit has taken them.
-    if (!ahead) ahead = std::make_unique<StartAhead>(url, pictures);
-    openAfterFirstFrame(*window, [&view = *app.contentView(window), url, &ahead] {
-      view.openPath(url, ahead->takeScan());
+  window->create();  // loads the graphics driver while other threads read
+  // By now the bus has answered.
+  if (instance.handOver(line.files)) return EXIT_SUCCESS;
+  QObject::connect(&instance, &SingleInstance::openRequested, &app, &LumagridApp::open);
+  if (ahead) {
+    openAfterFirstFrame(*window, [&view = *app.contentView(window), &line, ahead] {
+      view.openPaths(line.files, ahead->takeScan());
       if (view.library()->statusIsError()) {
         std::fprintf(stderr, "lumagrid: %s\n", qPrintable(view.library()->statusMessage()));
       }
@@ -102,14 +105,19 @@ int main(int argc, char* argv[]) {
   QApplication::setApplicationVersion(QStringLiteral(LUMAGRID_VERSION));
   QApplication::setDesktopFileName(QStringLiteral("org.lumagrid.lumagrid"));
 
-  const auto parse = [&] { return CommandLine::parse(QList<QByteArray>(argv + 1, argv + argc)); };
-  // Help needs no display.
-  if (const CommandLine early = parse(); early.action == CommandLine::Action::showHelp) {
-    std::fputs(qPrintable(CommandLine::helpText()), stdout);
-    return EXIT_SUCCESS;
-  } else if (early.action == CommandLine::Action::showVersion) {
-    std::puts("Lumagrid " LUMAGRID_VERSION);
-    return EXIT_SUCCESS;
+  const CommandLine line = CommandLine::parse(QList<QByteArray>(argv + 1, argv + argc));
+  switch (line.action) {
+    case CommandLine::Action::showHelp:
+      std::fputs(qPrintable(CommandLine::helpText()), stdout);
+      return EXIT_SUCCESS;
+    case CommandLine::Action::showVersion:
+      std::puts("Lumagrid " LUMAGRID_VERSION);
+      return EXIT_SUCCESS;
+    case CommandLine::Action::refuse:
+      std::fprintf(stderr, "lumagrid: %s\n%s", qPrintable(line.refusal), qPrintable(CommandLine::helpText()));
+      return 2;
+    case CommandLine::Action::open:
+      break;
   }
   setToolkitEnvironment();
   ProcessImageDecoder decoder(decoderProgram());
@@ -117,16 +125,9 @@ int main(int argc, char* argv[]) {
   PictureStore pictures(decoder);
   const BackgroundEnd end(decoder);
   std::unique_ptr<StartAhead> ahead;
-  if (const CommandLine early = parse(); early.action == CommandLine::Action::open && !early.path.isEmpty()) {
-    ahead = std::make_unique<StartAhead>(FileUrl::fromPath(early.path), pictures);
-  }
+  if (!line.files.empty()) ahead = std::make_unique<StartAhead>(ContentView::openedPath(line.files), pictures);
   std::vector<char*> arguments(argv, argv + argc);
   arguments.push_back(nullptr);
-  QApplication application(argc, argv);  // takes the toolkit's own options out of argv
-  const CommandLine line = parse();
-  if (line.action == CommandLine::Action::refuse) {
-    std::fprintf(stderr, "lumagrid: %s\n%s", qPrintable(line.refusal), qPrintable(CommandLine::helpText()));
-    return 2;
-  }
-  return run(application, arguments.data(), line, decoder, pictures, std::move(ahead));
+  QApplication application(argc, argv);
+  return run(application, arguments.data(), line, decoder, pictures, ahead.get());
 }

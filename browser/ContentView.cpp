@@ -1,5 +1,6 @@
 #include "ContentView.h"
 
+#include <QHash>
 #include <QMetaObject>
 
 #include "FolderListing.h"
@@ -111,13 +112,43 @@ void ContentView::openPath(const FileUrl& url) {
 }
 
 void ContentView::openPath(const FileUrl& url, FolderScan scan) {
-  if (!isRegularFile(url)) {
-    m_library.openFolder(url, std::move(scan));
-  } else if (const auto index = m_library.openFolderOf(url, std::move(scan))) {
-    handleTileClick(*index, Qt::NoModifier);
-  } else {
-    m_library.openFolder(url);
+  if (isRegularFile(url)) {
+    if (const auto index = m_library.openFolderOf(url, std::move(scan))) {
+      return handleTileClick(*index, Qt::NoModifier);
+    }
+  } else if (!isSpecialFile(url)) {
+    return m_library.openFolder(url, std::move(scan));
   }
+  refuse(url);
+}
+
+FileUrl ContentView::openedPath(const std::vector<FileUrl>& files) {
+  return files.size() == 1 ? files.front() : files.front().parent();
+}
+
+void ContentView::openPaths(const std::vector<FileUrl>& files) {
+  openPaths(files, {photoItems(scannedFolder(openedPath(files))), {}});
+}
+
+void ContentView::openPaths(const std::vector<FileUrl>& files, FolderScan scan) {
+  openPath(openedPath(files), std::move(scan));
+  if (files.size() == 1 || m_library.photos().empty()) return;
+  QHash<QByteArray, std::int64_t> indices;
+  for (std::int64_t index = 0; index < m_library.photoCount(); ++index) {
+    indices.insert(m_library.photos()[static_cast<std::size_t>(index)].id(), index);
+  }
+  setGridScrollTarget(std::nullopt);
+  for (const FileUrl& file : files) {
+    const std::int64_t index = indices.value(file.path(), -1);
+    if (index < 0 || m_library.selectedIndices().contains(index)) continue;
+    m_library.toggleSelection(index);
+    if (!m_gridScrollTarget) setGridScrollTarget(file.path());
+  }
+  if (m_library.selectedIndices().empty()) refuse(files.front());
+}
+
+void ContentView::refuse(const FileUrl& file) {
+  m_library.failToOpen(QStringLiteral("Could not open \"%1\": not a supported image file.").arg(file.nameInSentence()));
 }
 
 void ContentView::setBrowserMode(BrowserMode mode) {

@@ -8,6 +8,7 @@
 #include <QWindow>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "BrowserMode.h"
 #include "ChangeObserver.h"
@@ -97,10 +98,15 @@ class ContentView : public QObject {
   Q_INVOKABLE static bool acceptsDrop(const QList<QUrl>& urls);
   Q_INVOKABLE bool handleDrop(const QList<QUrl>& urls);
   void handleOpenRecent(const std::optional<FileUrl>& folder);
-  // Opens a folder as a grid, a picture in its folder as if its tile had been clicked; what is neither gives the
-  // library's own error. `scan` is of the folder that scannedFolder() names.
+  // Opens a folder as a grid, a picture in its folder as if its tile had been clicked; what is neither gives an error
+  // of the library. `scan` is of the folder that scannedFolder() names.
   void openPath(const FileUrl& url, FolderScan scan);
   void openPath(const FileUrl& url);
+  // The same for one path. The folder of several pictures opens as a grid with those selected, in the order of `files`.
+  void openPaths(const std::vector<FileUrl>& files, FolderScan scan);
+  void openPaths(const std::vector<FileUrl>& files);
+  // The folder or picture that openPaths() opens. `files` are of one folder, one at least.
+  [[nodiscard]] static FileUrl openedPath(const std::vector<FileUrl>& files);
   [[nodiscard]] static FileUrl scannedFolder(const FileUrl& url);
 
   [[nodiscard]] GridMetrics gridMetrics(QSizeF stage) const { return GridMetrics::fitting(stage, m_gridDimension); }
@@ -141,6 +147,7 @@ class ContentView : public QObject {
   void setZoom(const ZoomState& zoom, QPointF dragOffset, ZoomState::Curve curve);
   [[nodiscard]] std::optional<QByteArray> currentPhotoPath() const;
   void openFolderInGrid(const FileUrl& folder);
+  void refuse(const FileUrl& file);
 
   PhotoLibrary m_library;
   ShownLibrary m_shown{m_library};

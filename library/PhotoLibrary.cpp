@@ -47,12 +47,7 @@ void PhotoLibrary::openFolder(const FileUrl& url, FolderScan scan) {
 
 void PhotoLibrary::replaceFolder(const FileUrl& url, FolderScan scan) {
   if (const auto* error = std::get_if<ListingError>(&scan.listing)) {
-    releaseSecurityScopedAccess();
-    setFolderURL(std::nullopt);
-    setPhotos({});
-    setCurrentIndex(-1);
-    setCurrentImage({});
-    setStatus(QStringLiteral("Could not open folder: %1").arg(error->description), true);
+    failToOpen(QStringLiteral("Could not open folder: %1").arg(error->description));
     return;
   }
   if (std::get<std::vector<PhotoItem>>(scan.listing).empty()) {
@@ -68,6 +63,15 @@ void PhotoLibrary::replaceFolder(const FileUrl& url, FolderScan scan) {
   // One call of arg() with all texts: a "%1" in a folder's name stays what it is.
   loadCurrentImage(QStringLiteral("Loaded %1 photo%2 from \"%3\".")
                        .arg(QString::number(photoCount()), plural, url.nameInSentence()));
+}
+
+void PhotoLibrary::failToOpen(const QString& reason) {
+  releaseSecurityScopedAccess();
+  setFolderURL(std::nullopt);
+  setPhotos({});
+  setCurrentIndex(-1);
+  setCurrentImage({});
+  setStatus(reason, true);
 }
 
 std::optional<std::int64_t> PhotoLibrary::openFolderOf(const FileUrl& picture, FolderScan scan) {

@@ -72,6 +72,8 @@ class PhotoLibrary : public QObject {
   void openFolder(const FileUrl& url);
   // The same, with a scan of the folder that was made just before.
   void openFolder(const FileUrl& url, FolderScan scan);
+  // Leaves no folder open, and says why.
+  void failToOpen(const QString& reason);
   // Opens the folder of `picture`, as scanned, with that picture current and loads nothing yet: the index to open next.
   // Nothing, and no change, when the folder does not list it.
   [[nodiscard]] std::optional<std::int64_t> openFolderOf(const FileUrl& picture, FolderScan scan);

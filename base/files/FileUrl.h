@@ -24,6 +24,9 @@ class FileUrl {
   // The file that a "file" URL of this machine names, with the bytes of names that are not UTF-8; empty for any other.
   [[nodiscard]] static FileUrl fromUrl(const QUrl& url);
 
+  // The "file" URL of this path, percent-encoded, with the bytes of names that are not UTF-8.
+  [[nodiscard]] QByteArray encodedUrl() const { return "file://" + m_path.toPercentEncoding("/"); }
+
   // The file `name` (one component) directly inside `folder`, without cleaning: for names that a listing returned.
   [[nodiscard]] static FileUrl child(const FileUrl& folder, QByteArrayView name);
 

@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 
@@ -70,6 +72,19 @@ bool isDirectory(const FileUrl& file) {
 bool isRegularFile(const FileUrl& file) {
   struct stat status = {};
   return ::lstat(file.path().constData(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool isSpecialFile(const FileUrl& file) {
+  struct stat status = {};
+  return ::lstat(file.path().constData(), &status) == 0 && !S_ISREG(status.st_mode) && !isDirectory(file);
+}
+
+FileUrl withoutLink(const FileUrl& file) {
+  char buffer[PATH_MAX];
+  struct stat status = {};
+  const bool leadsToFile = !isRegularFile(file) && ::stat(file.path().constData(), &status) == 0 &&
+                           S_ISREG(status.st_mode) && ::realpath(file.path().constData(), buffer);
+  return leadsToFile ? FileUrl::fromPath(QByteArray(buffer)) : file;
 }
 
 }  // namespace lumagrid

@@ -32,4 +32,10 @@ inline constexpr std::int64_t kDistantPast = INT64_MIN;
 // Whether a regular file stands at the path itself (a symbolic link is not followed). Any thread.
 [[nodiscard]] bool isRegularFile(const FileUrl& file);
 
+// Whether something stands at the path itself that is neither a regular file nor leads to a folder. Any thread.
+[[nodiscard]] bool isSpecialFile(const FileUrl& file);
+
+// The regular file that a symbolic link leads to; of anything else, itself. Any thread.
+[[nodiscard]] FileUrl withoutLink(const FileUrl& file);
+
 }  // namespace lumagrid

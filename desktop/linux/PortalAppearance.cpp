@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QEvent>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QPalette>
 #include <QPointer>
@@ -10,6 +9,7 @@
 #include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusPendingCallWatcher>
 
+#include "SessionBus.h"
 #include "WidgetPalette.h"
 #include "WorkerPool.h"
 #include "moc_PortalAppearance.cpp"
@@ -27,12 +27,6 @@ constexpr QLatin1String kKey("color-scheme");
 // The portal's values; any other is no preference.
 constexpr uint kPreferDark = 1;
 constexpr uint kPreferLight = 2;
-
-// Asking for a bus where there is none would start one.
-bool hasSessionBus() {
-  return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
-         QFileInfo::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QLatin1String("/bus"));
-}
 
 }  // namespace
 

@@ -1,3 +1,6 @@
+#include <sys/stat.h>
+
+#include <QDir>
 #include <QProcess>
 #include <csignal>
 
@@ -13,10 +16,25 @@ using Action = CommandLine::Action;
 namespace {
 
 const TemporaryHome kHome;
+const QByteArray kPreferences = kHome.path() + "/config/lumagrid/lumagrid.json";
+
+const QByteArrayList kOffscreen{"QT_QPA_PLATFORM", "offscreen", "QT_QUICK_BACKEND", "software"};
+
+// Names and values of the environment in turn; a value that is empty takes the variable out.
+void start(QProcess& program, const QStringList& arguments, const QByteArrayList& environment) {
+  QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+  variables.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("qt.scenegraph.time.renderloop=true"));
+  for (qsizetype i = 0; i < environment.size(); i += 2) {
+    variables.insert(QString::fromLatin1(environment[i]), QString::fromLatin1(environment[i + 1]));
+    if (environment[i + 1].isEmpty()) variables.remove(QString::fromLatin1(environment[i]));
+  }
+  program.setProcessEnvironment(variables);
+  program.start(QStringLiteral(LUMAGRID_PROGRAM), arguments);
+}
 
 }  // namespace
 
-using Case = std::tuple<QList<QByteArray>, Action, QByteArray, std::optional<ColorScheme>>;
+using Case = std::tuple<QList<QByteArray>, Action, QList<QByteArray>, std::optional<ColorScheme>>;
 // Arguments, names and values of the environment in turn, what is said, and what is remembered.
 using Start = std::tuple<QStringList, QByteArrayList, QByteArray, QByteArray>;
 
@@ -25,19 +43,31 @@ class ProgramTest : public QObject {
   Q_OBJECT
 
  private Q_SLOTS:
-  void initTestCase() { (void)m_folder.add(QStringLiteral("a.png"), samplePhoto({20, 20})); }
+  void initTestCase() {
+    for (const char* name : {"a.png", "b.png"}) (void)m_folder.add(QString::fromLatin1(name), samplePhoto({20, 20}));
+    (void)m_folder.add(QStringLiteral("notes.txt"), "text");
+    QVERIFY(QFile::link(QFile::decodeName(m_folder.url().path() + "/a.png"),
+                        QFile::decodeName(m_folder.url().path() + "/link")));
+    QCOMPARE(::mkfifo((m_folder.url().path() + "/pipe").constData(), S_IRUSR), 0);
+  }
 
   void starts_data() {
     const QByteArrayList noDriver{"QT_QPA_PLATFORM", "xcb", "QT_XCB_GL_INTEGRATION", "none"};
-    const QByteArrayList offscreen{"QT_QPA_PLATFORM", "offscreen", "QT_QUICK_BACKEND", "software"};
     const QByteArray path = m_folder.url().path();
     const QString folder = QFile::decodeName(path);
     const QStringList own{QStringLiteral("-title"), QStringLiteral("x"), folder};
     addRows<Start>({
-        {"without a path", {{}, offscreen, "", ""}},
-        {"with a folder", {{folder}, offscreen, "", path}},
+        {"without a path", {{}, kOffscreen, "", ""}},
+        {"with a folder", {{folder}, kOffscreen, "", path}},
         {"with what is not there",
-         {{folder + QStringLiteral("/x")}, offscreen, "lumagrid: Could not open folder: ", ""}},
+         {{folder + QStringLiteral("/x")}, kOffscreen, "lumagrid: Could not open folder: ", ""}},
+        {"with what is no picture",
+         {{folder + QStringLiteral("/notes.txt")},
+          kOffscreen,
+          "lumagrid: Could not open \"notes.txt\": not a supported image file.",
+          ""}},
+        {"with a pipe", {{folder + QStringLiteral("/pipe")}, kOffscreen, "not a supported image file.", ""}},
+        {"with a link to a picture", {{folder + QStringLiteral("/link")}, kOffscreen, "", path}},
         {"where no graphics driver works, with the toolkit's own options",
          {own, noDriver, "lumagrid: no usable OpenGL driver", path}},
     });
@@ -46,23 +76,16 @@ class ProgramTest : public QObject {
   void starts() {
     QFETCH(const Start, row);
     const auto& [arguments, environment, says, remembers] = row;
-    const QByteArray preferences = qgetenv("XDG_CONFIG_HOME") + "/lumagrid/lumagrid.json";
-    QFile::remove(QFile::decodeName(preferences));
+    QFile::remove(QFile::decodeName(kPreferences));
     QProcess program;
-    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
-    variables.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("qt.scenegraph.time.renderloop=true"));
-    for (qsizetype i = 0; i < environment.size(); i += 2) {
-      variables.insert(QString::fromLatin1(environment[i]), QString::fromLatin1(environment[i + 1]));
-    }
-    program.setProcessEnvironment(variables);
-    program.start(QStringLiteral(LUMAGRID_PROGRAM), arguments);
+    start(program, arguments, environment);
     QByteArray said;
     const auto draws = [&program, &said] {
       return (said += program.readAllStandardError()).contains("rendered with 'software'");
     };
     QTRY_VERIFY_WITH_TIMEOUT(draws() || program.state() == QProcess::NotRunning, 60'000);
     QVERIFY2(draws(), said.constData());
-    QTRY_COMPARE(readFile(preferences).value_or("").contains(remembers), true);
+    QTRY_COMPARE(readFile(kPreferences).value_or("").contains(remembers), true);
     QVERIFY2(said.contains(says), said.constData());
     QCOMPARE(said.count("lumagrid:"), says.isEmpty() ? 0 : 1);
     // Codecs of pictures are in processes of their own. (The toolkit brings libpng, for icons.)
@@ -77,37 +100,84 @@ class ProgramTest : public QObject {
     QCOMPARE(program.exitCode(), SIGTERM);
   }
 
+  // What a display is not needed for is done without one.
+  void needsNoDisplayToAnswer() {
+    const auto answer = [](const char* argument) {
+      QProcess program;
+      start(program, {QString::fromLatin1(argument)},
+            {"DISPLAY", "", "WAYLAND_DISPLAY", "", "QT_QPA_PLATFORM", "", "XDG_RUNTIME_DIR", ""});
+      (void)program.waitForFinished(60'000);
+      return std::tuple(program.exitCode(), program.readAllStandardOutput().left(9),
+                        program.readAllStandardError().split('\n').first());
+    };
+    QCOMPARE(answer("--wrong"), std::tuple(2, QByteArray(), QByteArray("lumagrid: unknown option \"--wrong\"")));
+    QCOMPARE(answer("--help"), std::tuple(0, QByteArray("Usage: lu"), QByteArray()));
+    QCOMPARE(answer("--version"), std::tuple(0, QByteArray("Lumagrid "), QByteArray()));
+  }
+
+  // … in a window, by the path that was meant where the later start was made, and goes on.
+  void aLaterStartIsOpenedByTheRunningProgram() {
+    QProcess daemon;
+    daemon.start(QStringLiteral("dbus-daemon"),
+                 {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+    QVERIFY2(daemon.waitForReadyRead(), "dbus-daemon does not start");
+    const QByteArrayList onBus = kOffscreen + QByteArrayList{"DBUS_SESSION_BUS_ADDRESS", daemon.readLine().trimmed()};
+    const PhotoFolder other;
+    QFile::remove(QFile::decodeName(kPreferences));
+    QProcess running;
+    start(running, {QFile::decodeName(m_folder.url().path())}, onBus);
+    QTRY_VERIFY_WITH_TIMEOUT(readFile(kPreferences).value_or("").contains(m_folder.url().path()), 60'000);
+    QFile::remove(QFile::decodeName(kPreferences));
+    QProcess later;
+    later.setWorkingDirectory(QFile::decodeName(other.url().path()));
+    start(later, {QStringLiteral("../") + QFile::decodeName(other.url().lastPathComponent().toByteArray())}, onBus);
+    QVERIFY(later.waitForFinished(60'000));
+    QCOMPARE(later.exitCode(), 0);
+    QVERIFY(!later.readAllStandardError().contains("rendered with"));
+    QTRY_VERIFY(readFile(kPreferences).value_or("").contains(other.url().path()));
+    QCOMPARE(running.state(), QProcess::Running);
+    running.terminate();
+    QVERIFY(running.waitForFinished(60'000));
+    daemon.terminate();
+    QVERIFY(daemon.waitForFinished());
+  }
+
   void parses_data() {
+    const QByteArray here = QFile::encodeName(QDir::currentPath());
     const auto light = ColorScheme::light;
     const auto dark = ColorScheme::dark;
     addRows<Case>({
         {"nothing", {{}, Action::open, {}, {}}},
-        {"a name that is not UTF-8", {{"caf\xE9"}, Action::open, "caf\xE9", {}}},
-        {"a name that begins with a dash, after the end of the options", {{"--", "-v"}, Action::open, "-v", {}}},
-        {"one dash is a name", {{"-"}, Action::open, "-", {}}},
-        {"two names, also after the end of the options", {{"a", "--", "b"}, Action::refuse, "a", {}}},
-        {"light", {{"--appearance=light", "a"}, Action::open, "a", light}},
-        {"dark, after the name", {{"a", "--appearance=dark"}, Action::open, "a", dark}},
-        {"the last appearance counts", {{"--appearance=dark", "--appearance=light"}, Action::open, "", light}},
+        {"a name that is not UTF-8", {{"/caf\xE9"}, Action::open, {"/caf\xE9"}, {}}},
+        {"a URL, with bytes that are not UTF-8", {{"file:///caf%E9%20"}, Action::open, {"/caf\xE9 "}, {}}},
+        {"a URL of another machine", {{"file://other/a"}, Action::refuse, {}, {}}},
+        {"a URL that ends for the system alone", {{"file:///a%00b"}, Action::refuse, {}, {}}},
+        {"a name that begins with a dash, after the end of the options",
+         {{"--", "-v"}, Action::open, {here + "/-v"}, {}}},
+        {"several of one folder", {{"/f/b", "file:///f/a"}, Action::open, {"/f/b", "/f/a"}, {}}},
+        {"several of two folders", {{"/f/a", "/b"}, Action::refuse, {}, {}}},
+        {"light", {{"--appearance=light", "/a"}, Action::open, {"/a"}, light}},
+        {"dark, after the name", {{"/a", "--appearance=dark"}, Action::open, {"/a"}, dark}},
+        {"the last appearance counts", {{"--appearance=dark", "--appearance=light"}, Action::open, {}, light}},
         {"no such appearance", {{"--appearance=blue"}, Action::refuse, {}, {}}},
         {"an appearance without a value", {{"--appearance", "dark"}, Action::refuse, {}, {}}},
-        {"help", {{"--help"}, Action::showHelp, {}, {}}},
+        {"the toolkit's own", {{"-title", "/x", "--reverse", "-geometry", "9x9", "/a"}, Action::open, {"/a"}, {}}},
+        {"the toolkit's own without its value", {{"-title"}, Action::refuse, {}, {}}},
         {"help, before what would be refused", {{"-h", "--wrong"}, Action::showHelp, {}, {}}},
         {"version", {{"-v"}, Action::showVersion, {}, {}}},
-        {"version, in full", {{"--version"}, Action::showVersion, {}, {}}},
-        {"no such option", {{"--wrong"}, Action::refuse, {}, {}}},
     });
   }
 
   void parses() {
     QFETCH(const Case, row);
-    const auto& [arguments, action, path, appearance] = row;
+    const auto& [arguments, action, paths, appearance] = row;
     const CommandLine line = CommandLine::parse(arguments);
     QCOMPARE(line.action, action);
-    QCOMPARE(line.path, path);
+    QList<QByteArray> named;
+    for (const FileUrl& file : line.files) named.append(file.path());
+    QCOMPARE(named, paths);
     QCOMPARE(line.appearance, appearance);
     QCOMPARE(line.refusal.isEmpty(), line.action != Action::refuse);
-    if (arguments == QList<QByteArray>{"--wrong"}) QVERIFY(line.refusal.contains(u"--wrong"));
   }
 
  private:

@@ -116,6 +116,22 @@ class ContentViewTest : public QObject {
     QVERIFY(m_window->library.statusIsError());
   }
 
+  // … in the order in which they are named: Shift then extends from the last. What is no photo of the folder is left
+  // out, and when nothing is left, it is said.
+  void severalPhotosAreSelectedInTheirFolder() {
+    const auto url = [this](int index) { return m_window->library.photos()[std::size_t(index)].url; };
+    const std::vector<FileUrl> named{url(3), m_folder.url(QStringLiteral("notes.txt")), url(1), url(3)};
+    m_window->view.openPath(m_other.url());
+    m_window->view.openPaths(named);
+    QVERIFY(m_window->view.showsGrid());
+    QCOMPARE(m_window->library.selectedIndices(), (PhotoLibrary::IndexSet{1, 3}));
+    QCOMPARE(m_window->view.gridScrollTarget(), named.front().path());
+    m_window->library.extendSelection(0);
+    QCOMPARE(m_window->library.selectedIndices(), (PhotoLibrary::IndexSet{0, 1, 3}));
+    m_window->view.openPaths({named[1], m_folder.url(QStringLiteral("nothing.jpg"))});
+    QVERIFY(m_window->library.statusIsError() && !m_window->library.folderURL());
+  }
+
   void someActionsScrollToTheCurrentPhoto() {
     ContentView* view = nullptr;
     const QUrl other = QUrl::fromLocalFile(QFile::decodeName(m_other.url().path()));

@@ -76,6 +76,34 @@ class WindowUiTest : public QObject {
     QVERIFY(quits([&] { left.press(Qt::Key_Q, Qt::ControlModifier); }));
   }
 
+  void aLaterStartTakesAWindowThatShowsNoFolderOrANewOne() {
+    const Photos first(1);
+    const Photos second(2);
+    UiApp app;
+    const auto opened = [&app] {
+      QSet<QByteArray> folders;
+      for (QWindow* window : QGuiApplication::allWindows()) {
+        ContentView* view = app.app.contentView(qobject_cast<QQuickWindow*>(window));
+        folders.insert(window->isVisible() ? view->library()->folderURL().value_or(FileUrl()).path() : "hidden");
+      }
+      return folders;
+    };
+    app.app.open({});
+    QCOMPARE(opened(), QSet<QByteArray>{""});
+    app.app.open({first.url()});
+    QCOMPARE(opened(), QSet<QByteArray>{first.url().path()});
+    app.app.open({second.url()});
+    const QSet<QByteArray> both{first.url().path(), second.url().path()};
+    QCOMPARE(opened(), both);
+    QGuiApplication::allWindows().first()->close();
+    QTRY_COMPARE(QGuiApplication::allWindows().size(), 1);
+    const FileUrl closed = opened().contains(first.url().path()) ? second.url() : first.url();
+    app.platform.alert.whileOpen = [&] { app.app.open({closed}); };
+    app.app.menus().applicationMenu().front().action();
+    QCOMPARE(app.platform.alert.asked.size(), 1);
+    QCOMPARE(opened(), both);  // once the dialog was answered
+  }
+
   void tabWalksThroughTranslatedControlsInReadingOrder() {
     const Brackets brackets;
     const Photos folder(3);
