@@ -1,7 +1,10 @@
 #pragma once
 
+#include <memory>
+
 #include "DesktopTrash.h"
 #include "LumagridApp.h"
+#include "PortalTrash.h"
 #include "QtAlert.h"
 #include "QtFolderChooser.h"
 #include "QtPopupMenu.h"
@@ -18,15 +21,20 @@ class DesktopPlatform {
       : m_decoder(decoder), m_preferences(preferences), m_appearance(appearance) {}
 
   [[nodiscard]] LumagridApp::Platform platform() {
-    return {{m_decoder, m_trash, m_chooser, m_alert, m_access}, m_preferences, m_popupMenu, m_appearance};
+    return {{m_decoder, *m_trash, m_chooser, m_alert, m_access}, m_preferences, m_popupMenu, m_appearance};
   }
 
  private:
+  [[nodiscard]] static std::unique_ptr<Trash> makeTrash() {
+    if (PortalTrash::isNeeded()) return std::make_unique<PortalTrash>();
+    return std::make_unique<DesktopTrash>();
+  }
+
   ImageDecoder& m_decoder;
   Preferences& m_preferences;
   const Appearance& m_appearance;
   WidgetPalette m_palette{m_appearance};
-  DesktopTrash m_trash;
+  const std::unique_ptr<Trash> m_trash = makeTrash();
   QtFolderChooser m_chooser{m_palette};
   QtAlert m_alert{m_palette};
   QtPopupMenu m_popupMenu{m_palette};

@@ -3,8 +3,10 @@
 #include <QTest>
 #include <QtDBus>
 #include <QtWidgets>
+#include <future>
 
 #include "PortalAppearance.h"
+#include "PortalTrash.h"
 #include "QtAlert.h"
 #include "QtFolderChooser.h"
 #include "QtPopupMenu.h"
@@ -33,17 +35,34 @@ QMenu* openMenu() {
 }  // namespace
 
 // The settings portal, which prefers the dark until it is changed.
-class FakePortal : public QObject {
+class FakeSettings : public QDBusAbstractAdaptor {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
 
+ public:
+  explicit FakeSettings(QObject* portal) : QDBusAbstractAdaptor(portal) {}
+
  public Q_SLOTS:
-  Q_SCRIPTABLE QDBusVariant Read(const QString&, const QString&) {
-    return QDBusVariant(QVariant::fromValue(QDBusVariant(1U)));
-  }
+  QDBusVariant Read(const QString&, const QString&) { return QDBusVariant(QVariant::fromValue(QDBusVariant(1U))); }
 
  Q_SIGNALS:
-  Q_SCRIPTABLE void SettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+  void SettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+};
+
+// The Trash's portal, which takes one file.
+class FakeTrashPortal : public QDBusAbstractAdaptor {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Trash")
+
+ public:
+  explicit FakeTrashPortal(QObject* portal) : QDBusAbstractAdaptor(portal) {}
+  QStringList asked;
+
+ public Q_SLOTS:
+  uint TrashFile(const QDBusUnixFileDescriptor& file) {
+    asked.append(QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(file.fileDescriptor())));
+    return asked.size() == 1 ? 1 : 0;
+  }
 };
 
 class DesktopTest : public QObject {
@@ -221,16 +240,17 @@ class DesktopTest : public QObject {
     QApplication::setPalette(QPalette());
   }
 
-  void followsThePortal() {
+  void asksThePortals() {
     QProcess daemon;
     daemon.start(QStringLiteral("dbus-daemon"),
                  {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
     QVERIFY2(daemon.waitForReadyRead(), "dbus-daemon does not start");
     qputenv("DBUS_SESSION_BUS_ADDRESS", daemon.readLine().trimmed());
-    FakePortal portal;
+    QObject portal;
+    FakeSettings settings(&portal);
+    FakeTrashPortal trash(&portal);
     auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"));
-    bus.registerObject(QStringLiteral("/org/freedesktop/portal/desktop"), &portal,
-                       QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
+    bus.registerObject(QStringLiteral("/org/freedesktop/portal/desktop"), &portal, QDBusConnection::ExportAdaptors);
     bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
 
     const PortalAppearance overridden(ColorScheme::light);
@@ -241,8 +261,8 @@ class DesktopTest : public QObject {
     QTRY_COMPARE(appearance.colorScheme(), ColorScheme::dark);
     QVERIFY(!QCoreApplication::testAttribute(Qt::AA_SetPalette));  // no dialog has opened
     palette.apply();
-    const auto change = [&portal](const char* group, const char* key, uint value) {
-      Q_EMIT portal.SettingChanged(QLatin1String(group), QLatin1String(key), QDBusVariant(value));
+    const auto change = [&settings](const char* group, const char* key, uint value) {
+      Q_EMIT settings.SettingChanged(QLatin1String(group), QLatin1String(key), QDBusVariant(value));
     };
     for (const uint light : {2U, 0U}) {  // without a preference, as the desktop's palette
       QCOMPARE(colorSchemeOf(QWidget().palette()), ColorScheme::dark);
@@ -257,6 +277,24 @@ class DesktopTest : public QObject {
     }
     QCOMPARE(changes.count(), 5);
     QCOMPARE(overridden.colorScheme(), ColorScheme::light);
+
+    const QByteArray photo = kHome.path() + "/data/a.jpg";
+    QVERIFY(QDir().mkpath(QFile::decodeName(kHome.path() + "/data")) && writeFile(photo, "a"));
+    const auto move = [&photo](const FileIdentity& meant) {
+      // The portal of this test is served while the call waits.
+      auto reason = std::async(std::launch::async,
+                               [&] { return PortalTrash().trashItem(FileUrl::fromPath(photo), meant).has_value(); });
+      while (reason.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) {
+        QCoreApplication::processEvents();
+      }
+      return !reason.get();
+    };
+    const FileIdentity meant = FileIdentity::of(FileUrl::fromPath(photo));
+    QVERIFY(move(meant));
+    QVERIFY(!move(meant));  // the portal says no
+    QVERIFY(writeFile(photo, "other") && !move(meant));
+    QCOMPARE(trash.asked, QStringList(2, QFile::decodeName(photo)));  // never for the other photo
+    QVERIFY(QFile::remove(QFile::decodeName(photo)));
     QDBusConnection::disconnectFromBus(QStringLiteral("portal"));
     daemon.terminate();
     daemon.waitForFinished();
