@@ -2,6 +2,7 @@
 
 #include <QQmlComponent>
 
+#include "Curves.h"
 #include "Palette.h"
 #include "WorkerPool.h"
 
@@ -14,6 +15,7 @@ LumagridApp::LumagridApp(const Platform& platform, QObject* parent)
       m_menus(m_recentFolders, m_notificationCenter, m_platform.popupMenu, m_platform.services.alert, m_dialogs,
               m_platform.knownLimits) {
   Palette::instance()->setAppearance(&m_platform.appearance);
+  Curves::instance()->setAppearance(&m_platform.appearance);
   // Hinted to the pixel grid, as the desktop's other texts are.
   QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);
 }

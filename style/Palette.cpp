@@ -17,8 +17,11 @@ Palette* Palette::create(QQmlEngine*, QJSEngine*) {
 void Palette::setAppearance(const Appearance* appearance) {
   if (m_appearance) m_appearance->disconnect(this);
   m_appearance = appearance;
-  if (appearance) connect(appearance, &Appearance::colorSchemeChanged, this, &Palette::setScheme);
-  setScheme(appearance ? appearance->colorScheme() : ColorScheme::light);
+  if (!appearance) return follow(ColorScheme::light, Contrast::standard);
+  const auto followAppearance = [this, appearance] { follow(appearance->colorScheme(), appearance->contrast()); };
+  connect(appearance, &Appearance::colorSchemeChanged, this, followAppearance);
+  connect(appearance, &Appearance::contrastChanged, this, followAppearance);
+  followAppearance();
 }
 
 QColor Palette::withOpacity(QColor color, double opacity) {
@@ -26,10 +29,11 @@ QColor Palette::withOpacity(QColor color, double opacity) {
   return color;
 }
 
-void Palette::setScheme(ColorScheme scheme) {
-  if (scheme == m_scheme) return;
+void Palette::follow(ColorScheme scheme, Contrast contrast) {
+  if (scheme == m_scheme && contrast == m_contrast) return;
   m_scheme = scheme;
-  m_colors = SystemColors::of(scheme);
+  m_contrast = contrast;
+  m_colors = SystemColors::of(scheme, contrast);
   Q_EMIT changed();
 }
 

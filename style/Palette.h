@@ -34,15 +34,15 @@ class Palette : public QObject {
   [[nodiscard]] static Palette* instance();
   static Palette* create(QQmlEngine*, QJSEngine*);
 
-  // Follows `appearance`, which lives on as its owner likes; light without one.
+  // Follows `appearance`, which lives on as its owner likes; light, of standard contrast, without one.
   void setAppearance(const Appearance* appearance);
 
-  [[nodiscard]] QColor line() const { return withOpacity(text(), 0.1); }
+  [[nodiscard]] QColor line() const { return withOpacity(text(), m_contrast == Contrast::high ? 0.5 : 0.1); }
   [[nodiscard]] QColor text() const { return m_colors.primaryContent; }
   [[nodiscard]] QColor muted() const { return m_colors.secondaryContent; }
   [[nodiscard]] QColor accent() const { return {31, 111, 95}; }
   [[nodiscard]] QColor danger() const { return {182, 63, 47}; }
-  [[nodiscard]] QColor softButton() const { return line(); }
+  [[nodiscard]] QColor softButton() const { return withOpacity(text(), 0.1); }
   [[nodiscard]] QColor windowBackground() const { return m_colors.windowBackground; }
   // The accent, as light as it takes to stand out from what is dark.
   [[nodiscard]] QColor focusRing() const { return isDark() ? QColor(79, 180, 158) : accent(); }
@@ -58,10 +58,11 @@ class Palette : public QObject {
 
  private:
   Palette() = default;
-  void setScheme(ColorScheme scheme);
+  void follow(ColorScheme scheme, Contrast contrast);
 
   QPointer<const Appearance> m_appearance;
   ColorScheme m_scheme = ColorScheme::light;
+  Contrast m_contrast = Contrast::standard;
   SystemColors m_colors = SystemColors::of(ColorScheme::light);
 };
 

@@ -63,7 +63,7 @@ void PhotoThumbnailTile::setMarks(bool isCurrentlyViewing, bool isChecked, Trans
   m_isCurrentlyViewing = isCurrentlyViewing;
   m_isChecked = isChecked;
   const QPointF end(isChecked ? 1 : 0, isChecked || isCurrentlyViewing ? 1 : 0);
-  const bool isAnimated = checkChanged && transition == Transition::animated;
+  const bool isAnimated = checkChanged && transition == Transition::animated && Curves::instance()->pace() > 0;
   m_marks.stop();
   m_marks.setStartValue(isAnimated ? m_marks.currentValue() : end);
   m_marks.setEndValue(end);

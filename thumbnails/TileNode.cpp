@@ -129,7 +129,9 @@ void TileNode::update(QQuickWindow* window, const TileLook& look) {
 
   updateBadge(window, look);
 
-  const QColor line = Palette::instance()->line();
+  // As faint as that of a plain button at any contrast: a strong one, round at the corners, would cut those of the
+  // photo.
+  const QColor line = Palette::instance()->softButton();
   m_plainBorder.setShape(
       window, {.part = Shape::Part::stroke, .radius = kRadius, .lineWidth = kLineWidth, .color = line.rgb()}, bounds);
   m_accentBorder.setShape(window,

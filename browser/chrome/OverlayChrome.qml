@@ -21,7 +21,7 @@ Item {
 
     Behavior on selectionAmount {
         NumberAnimation {
-            duration: 180
+            duration: 180 * Curves.pace
             easing: Curves.easeInOut
         }
     }

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <utility>
 
+#include "Curves.h"
 #include "PhotoViewNode.h"
 
 namespace lumagrid {
@@ -65,7 +66,8 @@ void PhotoView::animate(Curve curve) {
 }
 
 void PhotoView::followState() {
-  const Curve curve = std::exchange(m_requestedCurve, Curve::None);
+  const Curve requested = std::exchange(m_requestedCurve, Curve::None);
+  const Curve curve = Curves::instance()->pace() > 0 ? requested : Curve::None;
   const bool moving = m_clock.state() == QAbstractAnimation::Running;
   if (m_zoom == (moving ? m_motion.target() : m_displayed)) {
     return;

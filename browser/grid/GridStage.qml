@@ -80,7 +80,7 @@ StageShell {
                         return;
                     }
                     scroll.to = contentY;
-                    scroll.duration = scrolling === PhotoGrid.Animated ? 180 : 120;
+                    scroll.duration = (scrolling === PhotoGrid.Animated ? 180 : 120) * Curves.pace;
                     scroll.easing = scrolling === PhotoGrid.Animated ? Curves.easeInOut : Curves.easeOut;
                     scroll.start();
                 }

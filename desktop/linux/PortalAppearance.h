@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSet>
 #include <QtDBus/QDBusVariant>
 #include <optional>
 
@@ -9,10 +10,10 @@ class QDBusConnection;
 
 namespace lumagrid {
 
-// The desktop's light or dark: the preference that the settings portal tells (org.freedesktop.appearance,
-// color-scheme), live; without a portal, or without a preference, what the desktop's palette looks like. Starts with
-// the palette and hears from the portal later, so nothing waits for the bus. An override wins over all of it, and asks
-// nobody.
+// What the settings portal tells, live: the desktop's light or dark (org.freedesktop.appearance, color-scheme), high
+// contrast and reduced motion, these two also as the desktops called them before the portal had names for them. Without
+// a portal, or without a preference, the desktop's palette tells light or dark. Starts with the palette and hears from
+// the portal later, so nothing waits for the bus. An override wins over light or dark.
 class PortalAppearance final : public Appearance {
   Q_OBJECT
 
@@ -27,11 +28,14 @@ class PortalAppearance final : public Appearance {
 
  private:
   void follow(QDBusConnection bus);
-  void setPreference(const QVariant& value);
+  void take(const QString& group, const QString& key, const QVariant& value);
   void update();
 
+  const std::optional<ColorScheme> m_override;
   ColorScheme m_paletteScheme;
   std::optional<ColorScheme> m_preference;
+  QSet<QString> m_wantContrast;  // the settings that ask for it
+  QSet<QString> m_wantNoMotion;
 };
 
 }  // namespace lumagrid

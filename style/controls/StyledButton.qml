@@ -54,7 +54,7 @@ T.AbstractButton {
 
     Behavior on pressAmount {
         NumberAnimation {
-            duration: 120
+            duration: 120 * Curves.pace
             easing: Curves.easeOut
         }
     }

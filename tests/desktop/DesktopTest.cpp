@@ -43,7 +43,9 @@ class FakeSettings : public QDBusAbstractAdaptor {
   explicit FakeSettings(QObject* portal) : QDBusAbstractAdaptor(portal) {}
 
  public Q_SLOTS:
-  QDBusVariant Read(const QString&, const QString&) { return QDBusVariant(QVariant::fromValue(QDBusVariant(1U))); }
+  QMap<QString, QVariantMap> ReadAll(const QStringList& groups) {
+    return {{groups.front(), {{QStringLiteral("color-scheme"), 1U}}}};
+  }
 
  Q_SIGNALS:
   void SettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
@@ -246,6 +248,7 @@ class DesktopTest : public QObject {
                  {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
     QVERIFY2(daemon.waitForReadyRead(), "dbus-daemon does not start");
     qputenv("DBUS_SESSION_BUS_ADDRESS", daemon.readLine().trimmed());
+    qDBusRegisterMetaType<QMap<QString, QVariantMap>>();
     QObject portal;
     FakeSettings settings(&portal);
     FakeTrashPortal trash(&portal);
@@ -261,7 +264,7 @@ class DesktopTest : public QObject {
     QTRY_COMPARE(appearance.colorScheme(), ColorScheme::dark);
     QVERIFY(!QCoreApplication::testAttribute(Qt::AA_SetPalette));  // no dialog has opened
     palette.apply();
-    const auto change = [&settings](const char* group, const char* key, uint value) {
+    const auto change = [&settings](const char* group, const char* key, const QVariant& value) {
       Q_EMIT settings.SettingChanged(QLatin1String(group), QLatin1String(key), QDBusVariant(value));
     };
     for (const uint light : {2U, 0U}) {  // without a preference, as the desktop's palette
@@ -277,6 +280,29 @@ class DesktopTest : public QObject {
     }
     QCOMPARE(changes.count(), 5);
     QCOMPARE(overridden.colorScheme(), ColorScheme::light);
+
+    // By the names of the portal, and by those that desktops had before; each as long as one of them asks for it.
+    for (const auto& [group, key, wanting, other] :
+         std::initializer_list<std::tuple<const char*, const char*, QVariant, QVariant>>{
+             {"org.freedesktop.appearance", "contrast", 1U, 0U},
+             {"org.gnome.desktop.a11y.interface", "high-contrast", true, false},
+         }) {
+      change(group, key, wanting);
+      QTRY_COMPARE(appearance.contrast(), Contrast::high);
+      change(group, key, other);
+      QTRY_COMPARE(appearance.contrast(), Contrast::standard);
+    }
+    for (const auto& [group, key, wanting, other] :
+         std::initializer_list<std::tuple<const char*, const char*, QVariant, QVariant>>{
+             {"org.freedesktop.appearance", "reduced-motion", 1U, 0U},
+             {"org.gnome.desktop.interface", "enable-animations", false, true},
+             {"org.kde.kdeglobals.KDE", "AnimationDurationFactor", QStringLiteral("0"), QStringLiteral("1")},
+         }) {
+      change(group, key, wanting);
+      QTRY_COMPARE(overridden.motion(), Appearance::Motion::reduced);  // light or dark alone is overridden
+      change(group, key, other);
+      QTRY_COMPARE(overridden.motion(), Appearance::Motion::full);
+    }
 
     const QByteArray photo = kHome.path() + "/data/a.jpg";
     QVERIFY(QDir().mkpath(QFile::decodeName(kHome.path() + "/data")) && writeFile(photo, "a"));

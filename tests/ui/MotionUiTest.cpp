@@ -116,6 +116,22 @@ class MotionUiTest : public QObject {
     QCOMPARE(row.value(window), row.to);
   }
 
+  // … at once where the user wants no motion.
+  void jumps_data() { moves_data(); }
+  void jumps() {
+    QFETCH(const Movement, row);
+    m_clock.run();
+    OnlyWindow window(m_folder.url());
+    window.platform.chooser.answer = std::nullopt;
+    if (row.from == 3) zoom(window);
+    m_clock.hold();
+    rest(window);
+    window.appearance.setMotion(Appearance::Motion::reduced);
+    row.begin(window);
+    rest(window);
+    QCOMPARE(row.value(window), row.to);
+  }
+
   // A spring with a response of 0.3 s and a damping fraction of 0.8, in closed form.
   void aDoubleClickSpringsBack() {
     m_clock.run();
@@ -135,6 +151,11 @@ class MotionUiTest : public QObject {
       m_clock.pass(50);
       rest(window);
     }
+    QCOMPARE(displayedScale(window), 1.0);
+    window.appearance.setMotion(Appearance::Motion::reduced);
+    window.pinch({3});
+    QTest::mouseDClick(&window.window, Qt::LeftButton, {}, window.middle());
+    rest(window);
     QCOMPARE(displayedScale(window), 1.0);
   }
 

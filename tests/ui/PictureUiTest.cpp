@@ -59,6 +59,14 @@ class PictureUiTest : public QObject {
     }
   }
 
+  void contrasts() {
+    for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
+      open(scheme);
+      m_app->ui.appearance.setContrast(Contrast::high);
+      isAs("high-contrast");
+    }
+  }
+
   void photos() {
     open(ColorScheme::light);
     m_window->openPhoto("0.jpg");

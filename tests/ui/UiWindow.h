@@ -14,10 +14,17 @@
 
 namespace lumagrid {
 
+// A desktop whose user has second thoughts.
+struct FakeAppearance : Appearance {
+  using Appearance::Appearance;
+  using Appearance::setContrast;
+  using Appearance::setMotion;
+};
+
 // The application over a platform that does as the test says.
 struct UiApp {
   FakePlatform platform;
-  Appearance appearance;
+  FakeAppearance appearance;
   LumagridApp app;
 
   // The alert is the platform's, unless there is one of the test's own.
