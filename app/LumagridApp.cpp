@@ -62,7 +62,8 @@ void LumagridApp::open(const std::vector<FileUrl>& files) {
 
 QQuickWindow* LumagridApp::unusedWindow() const {
   for (const OpenWindow& open : m_windows) {
-    if (!open.view->library()->folderURL()) return open.window.get();
+    const bool isOpening = open.window->property("isOpening").toBool();
+    if (!open.view->library()->folderURL() && !isOpening) return open.window.get();
   }
   return nullptr;
 }

@@ -186,7 +186,7 @@ void scrollAtLeisure(QQuickWindow& window, ContentView& view, const QByteArray& 
   const QStringList names = source.entryList({QStringLiteral("*.jp*g")}, QDir::Files);
   for (int photo = 0; photo < 1000; ++photo) {
     const QByteArray from = QFile::encodeName(source.filePath(names[photo % names.size()]));
-    (void)::link(from, QFile::encodeName(many.filePath(QStringLiteral("%1.jpg").arg(photo))));
+    if (::link(from, QFile::encodeName(many.filePath(QStringLiteral("%1.jpg").arg(photo)))) != 0) return;
   }
   view.openPath(FileUrl::fromPath(QFile::encodeName(many.path())));
   settle(1500);
