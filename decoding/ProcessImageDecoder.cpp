@@ -69,24 +69,25 @@ DecodedImage ProcessImageDecoder::decode(const FileUrl& file, std::int64_t bound
     const FileDescriptor opened = openRegularFile(file, status);
     if (!opened.isOpen()) return {{}, errorOfOpening(errno)};
     const FileIdentity identity(status);
-    if (isRefused(identity)) break;
-    DecoderProcess::Outcome outcome = decodeOnce(
+    if (isRefused(identity)) return {{}, ImageError::damaged};
+    std::optional<DecoderProcess::Outcome> outcome = decodeOnce(
         {opened.number(), status.st_size, bound, lane.urgency, limits.processorTime, limits.idleTime, limits.time},
         lane);
-    if (outcome.end == DecoderProcess::End::answered) return std::move(outcome.image);
+    if (!outcome) break;
+    if (outcome->end == DecoderProcess::End::answered) return std::move(outcome->image);
     const std::scoped_lock lock(m_mutex);
     if (m_isStopped) break;
-    if (outcome.end == DecoderProcess::End::killed) continue;
-    if (ifDamaged == IfDamaged::forget) break;
+    if (outcome->end == DecoderProcess::End::killed) continue;
+    if (ifDamaged == IfDamaged::forget) return {{}, ImageError::damaged};
     m_refused.push_back({identity, Clock::now() + kUntilTriedAgain});
     if (m_refused.size() > kMostRefused) m_refused.pop_front();
-    break;
+    return {{}, ImageError::damaged};
   }
-  return {{}, ImageError::damaged};
+  return {{}, ImageError::unavailable};
 }
 
-// On the first decoder of the lane that is free.
-DecoderProcess::Outcome ProcessImageDecoder::decodeOnce(const DecoderProcess::Task& task, Lane& lane) {
+// On the first decoder of the lane that is free. Nothing when there is none to be had.
+std::optional<DecoderProcess::Outcome> ProcessImageDecoder::decodeOnce(const DecoderProcess::Task& task, Lane& lane) {
   std::unique_lock lock(m_mutex);
   const int whole = task.bound == 0 ? 1 : 0;
   m_wholeUnderWay += whole;
@@ -99,21 +100,22 @@ DecoderProcess::Outcome ProcessImageDecoder::decodeOnce(const DecoderProcess::Ta
     if (found != lane.places.end()) place = &*found;
     return place != nullptr || m_isStopped;
   });
-  if (m_isStopped) return {};
+  if (m_isStopped) return std::nullopt;
   place->isBusy = true;
   if (!place->decoder) place->decoder = start(lane);
   DecoderProcess* const decoder = place->decoder.get();
-  DecoderProcess::Outcome outcome;
+  std::optional<DecoderProcess::Outcome> outcome;
+  // Another starts when it is needed, not while this one's end is waited for.
+  std::unique_ptr<DecoderProcess> ended;
   if (decoder) {
     lock.unlock();
     outcome = decoder->decode(task);
     lock.lock();
     report(*decoder);
-    if (outcome.end != DecoderProcess::End::answered) ++m_deaths;
+    const bool isAnswered = outcome->end == DecoderProcess::End::answered;
+    if (!isAnswered) ++m_deaths;
+    if (!isAnswered || decoder->isWorn()) ended = std::move(place->decoder);
   }
-  // Another starts when it is needed, not while this one's end is waited for.
-  std::unique_ptr<DecoderProcess> ended;
-  if (decoder && (outcome.end != DecoderProcess::End::answered || decoder->isWorn())) ended = std::move(place->decoder);
   place->isBusy = false;
   m_wholeUnderWay -= whole;
   lock.unlock();

@@ -7,6 +7,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "DecoderLauncher.h"
@@ -20,6 +21,7 @@ namespace lumagrid {
 
 // Decodes in processes that can do nothing but that: one for each core, and one for whole pictures, which are started
 // at once. A file that ends its decoder, or takes too long, is damaged, and is not tried again for half a minute.
+// Without a decoder to be had it is unavailable, and tried again whenever it is asked for.
 class ProcessImageDecoder : public ImageDecoder {
  public:
   // What one picture may take.
@@ -74,7 +76,7 @@ class ProcessImageDecoder : public ImageDecoder {
   };
 
   [[nodiscard]] DecodedImage decode(const FileUrl& file, std::int64_t bound, Lane& lane, IfDamaged ifDamaged);
-  [[nodiscard]] DecoderProcess::Outcome decodeOnce(const DecoderProcess::Task& task, Lane& lane);
+  [[nodiscard]] std::optional<DecoderProcess::Outcome> decodeOnce(const DecoderProcess::Task& task, Lane& lane);
   [[nodiscard]] std::unique_ptr<DecoderProcess> start(const Lane& lane);
   [[nodiscard]] bool isRefused(const FileIdentity& file);
   void report(const DecoderProcess& decoder);

@@ -31,14 +31,14 @@ std::variant<QByteArray, ImageError> readContents(int descriptor, std::int64_t s
                                                   bool (*wanted)(QByteArrayView head)) {
   char head[kFormatHeadBytes];
   const qsizetype headSize = readUpTo(descriptor, head, std::min<qsizetype>(size, kFormatHeadBytes));
-  if (headSize < 0) return ImageError::damaged;
+  if (headSize < 0) return ImageError::unavailable;
   if (!wanted(QByteArrayView(head, headSize))) return ImageError::unsupported;
   if (size > kLargestFile || !claimMemory(size)) return ImageError::tooLarge;
 
   QByteArray bytes(size, Qt::Uninitialized);
   std::copy_n(head, headSize, bytes.data());
   const qsizetype rest = readUpTo(descriptor, bytes.data() + headSize, size - headSize);
-  if (rest < 0) return ImageError::damaged;
+  if (rest < 0) return ImageError::unavailable;
   bytes.truncate(headSize + rest);  // it may have shrunk meanwhile
   return bytes;
 }

@@ -13,8 +13,12 @@ ImageError errorOfOpening(int systemError) {
     case ENXIO:  // a socket, or a device that is not there
     case ELOOP:
       return ImageError::unsupported;
-    default:
+    case ENOENT:
+    case ENOTDIR:
+    case ENAMETOOLONG:
       return ImageError::missing;
+    default:  // no descriptors, no memory, a disk that fails, a server that is gone
+      return ImageError::unavailable;
   }
 }
 

@@ -16,9 +16,10 @@ enum class ImageError {
   unsupported,  // not a regular file, or not one of the formats that are opened
   damaged,      // its data cannot be decoded
   tooLarge,     // it asks for more memory than is sane
+  unavailable,  // the system is short of something, or does not reach the file: another time it may open
 };
 
-inline constexpr ImageError kLastImageError = ImageError::tooLarge;
+inline constexpr ImageError kLastImageError = ImageError::unavailable;
 
 // Of a file that the system does not open, from errno; EINVAL stands for what is no regular file.
 [[nodiscard]] ImageError errorOfOpening(int systemError);

@@ -28,14 +28,10 @@ using Pids = std::vector<pid_t>;
 // The processes whose parent is `parent`, dead ones too.
 Pids childrenOf(pid_t parent) {
   Pids children;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    const std::string name = entry.path().filename();
-    if (!std::all_of(name.begin(), name.end(), [](char each) { return each >= '0' && each <= '9'; })) continue;
-    std::ifstream status(entry.path() / "stat");
-    const std::string text(std::istreambuf_iterator<char>(status), {});
-    const auto afterName = text.rfind(')');
-    if (afterName == std::string::npos || std::stoi(text.substr(afterName + 4)) != parent) continue;
-    children.push_back(std::stoi(name));
+  std::error_code gone;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(parent) + "/task", gone)) {
+    std::ifstream list(task.path() / "children");
+    for (pid_t child = 0; list >> child;) children.push_back(child);
   }
   return children;
 }
@@ -141,11 +137,6 @@ class DecoderProcessTest : public QObject {
     QVERIFY(openDescriptors() <= before + 2);  // a pidfd for each of the other two decoders
   }
 
-  void whoeverIsKilledByOthersIsReplaced() {
-    ProcessImageDecoder decoder(LYING_DECODER, shortPatience());
-    QCOMPARE(decoder.decodeBounded(file("killed"), 500).pixels.size(), QSize(2, 1));
-  }
-
   void everyThumbnailIsMadeWhileDecodersAreKilled() {
     constexpr int kPhotos = 40;
     ProcessImageDecoder decoder(LUMAGRID_DECODER);
@@ -179,6 +170,30 @@ class DecoderProcessTest : public QObject {
     QTRY_VERIFY(decoders().size() <= std::size_t(coreCount() + 1));
   }
 
+  // Cut short, replaced and taken away: each time it is one photo, a part of one, or none, and no decoder dies of it.
+  void aFileMayChangeWhileItIsDecoded() {
+    ProcessImageDecoder decoder(LUMAGRID_DECODER);
+    const QString name = QStringLiteral("changing.bmp");
+    const QByteArray photos[] = {samplePhoto({900, 600}, Qt::red, "BMP"), samplePhoto({600, 900}, Qt::blue, "BMP")};
+    const FileUrl file = m_folder.add(name, photos[0]);
+    std::jthread changing([&](const std::stop_token& isOver) {
+      for (int turn = 0; !isOver.stop_requested(); ++turn) {
+        const QByteArray& photo = photos[turn % 2];
+        if (turn % 3 == 0) std::filesystem::remove(file.path().toStdString());
+        (void)m_folder.add(name, turn % 5 == 0 ? photo.first(photo.size() / 2) : photo);
+      }
+    });
+    for (int round = 0; round < 300; ++round) {
+      const DecodedImage image = round % 2 == 0 ? decoder.decode(file) : decoder.decodeBounded(file, 300);
+      QCOMPARE(image.pixels.isNull(), image.error != ImageError::none);
+      QVERIFY(image.error != ImageError::unavailable && image.error != ImageError::denied);
+    }
+    changing = {};
+    QCOMPARE(decoder.decoderDeaths(), 0U);
+    (void)m_folder.add(name, photos[1]);
+    QCOMPARE(decoder.decode(file).pixels.pixelColor(0, 0), QColor(Qt::blue));
+  }
+
   void stopEndsWhatIsUnderWay() {
     ProcessImageDecoder decoder(LYING_DECODER);
     std::atomic<int> ended = 0;
@@ -198,25 +213,28 @@ class DecoderProcessTest : public QObject {
 
   void saysThatItsProgramIsMissing() {
     ProcessImageDecoder decoder("/nowhere/lumagrid-decoder");
-    QCOMPARE(decoder.decode(file("honest")).error, ImageError::damaged);
+    QCOMPARE(decoder.decode(file("honest")).error, ImageError::unavailable);
     QCOMPARE(decoder.missingProtection(), QStringLiteral("no picture can be decoded: No such file or directory"));
   }
 
-  // Nothing is decoded while descriptors are short, and nothing hangs; it goes on when they are there again.
+  // Nothing hangs while descriptors are short, and no file is to blame: it opens when they are there again.
   void bearsThatDescriptorsAreShort() {
-    ProcessImageDecoder decoder(LYING_DECODER);
     const FileUrl honest = file("honest");
     rlimit before = {};
     ::getrlimit(RLIMIT_NOFILE, &before);
-    const int free = ::dup(STDERR_FILENO);
-    ::close(free);
-    for (const int left : {1, 0}) {
+    for (int left = 0; left < 5; ++left) {
+      ProcessImageDecoder decoder(LYING_DECODER);
+      const int free = ::dup(STDERR_FILENO);
+      ::close(free);
       const rlimit limit{static_cast<rlim_t>(free + left), before.rlim_max};
       ::setrlimit(RLIMIT_NOFILE, &limit);
-      QVERIFY(decoder.decode(honest).pixels.isNull());
+      const ImageError errors[] = {decoder.decode(honest).error, decoder.decodeBounded(honest, 500).error};
+      ::setrlimit(RLIMIT_NOFILE, &before);
+      for (const ImageError error : errors)
+        QVERIFY(error == ImageError::unavailable || (left > 0 && error == ImageError::none));
+      QCOMPARE(decoder.decode(honest).pixels.size(), QSize(2, 1));
+      QCOMPARE(decoder.decodeBounded(honest, 500).pixels.size(), QSize(2, 1));
     }
-    ::setrlimit(RLIMIT_NOFILE, &before);
-    QCOMPARE(decoder.decode(file("honest")).pixels.size(), QSize(2, 1));
   }
 
   void endsWithItsOwner() {
