@@ -79,8 +79,7 @@ class FilesTest : public QObject {
   }
 
   void namesAreShown() {
-    QFETCH(const Shown, row);
-    const auto& [name, shown, inSentence] = row;
+    const auto [name, shown, inSentence] = fetchedRow<Shown>();
     const FileUrl url = FileUrl::child(FileUrl::fromPath(m_home), name.toUtf8());
     QCOMPARE(url.displayName(), shown);
     QCOMPARE(url.nameInSentence(), inSentence.isEmpty() ? shown : inSentence);

@@ -172,16 +172,8 @@ class ContentViewTest : public QObject {
     QCOMPARE(pinch(4, {0.9199}), 5);
     QCOMPARE(pinch(4, {1.1, 1.15, 1.1881}), 2);  // relative to the last step
     QCOMPARE(pinch(2, {1.1, 1.2, 1.1}), 3);      // steps that are at the end are counted
+    QCOMPARE(pinch(6, {0.9}), 6);
     QCOMPARE(pinch(4, {std::nan("")}), 4);
-  }
-
-  void theColumnsHaveLimits() {
-    for (const auto& [wanted, columns, canBeFewer, canBeMore] :
-         {std::tuple(1, 2, false, true), {3, 3, true, true}, {5, 5, true, true}, {99, 6, true, false}}) {
-      m_window->view.setGridDimension(wanted);
-      QCOMPARE(m_window->view.gridDimension(), columns);
-      QVERIFY(m_window->view.canShowFewerTiles() == canBeFewer && m_window->view.canShowMoreTiles() == canBeMore);
-    }
   }
 
   // … in a bar that leaves.

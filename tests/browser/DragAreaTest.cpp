@@ -36,12 +36,11 @@ class DragAreaTest : public QObject {
   }
 
   void recognizes() {
-    using Row = std::pair<QList<QPoint>, QString>;
-    QFETCH(const Row, row);
+    const auto [points, log] = fetchedRow<std::pair<QList<QPoint>, QString>>();
     QTest::mousePress(&m_window, Qt::LeftButton, {}, {50, 50});
-    for (const QPoint point : row.first) QTest::mouseMove(&m_window, point);
-    QTest::mouseRelease(&m_window, Qt::LeftButton, {}, row.first.last());
-    QCOMPARE(std::exchange(m_log, {}), row.second);
+    for (const QPoint point : points) QTest::mouseMove(&m_window, point);
+    QTest::mouseRelease(&m_window, Qt::LeftButton, {}, points.last());
+    QCOMPARE(std::exchange(m_log, {}), log);
   }
 
   void theMouseIsTakenAway() {

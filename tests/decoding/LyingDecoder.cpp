@@ -37,9 +37,6 @@ DecoderAnswer asking(DecoderAnswer::Kind kind, std::int64_t bytes) {
   return answer;
 }
 
-// How many decoders came before this one.
-int generation = 0;
-
 void answer(const std::string& lie, int socket, std::int32_t small) {
   const auto say = [socket](const DecoderAnswer& said) { (void)sendMessage(socket, said); };
   const std::map<std::string, DecoderAnswer> answers{
@@ -59,8 +56,6 @@ void answer(const std::string& lie, int socket, std::int32_t small) {
   }
   if (lie == "ends") std::_Exit(0);
   if (lie == "crashes") ::raise(SIGSEGV);
-  if (lie == "killed" && generation < 6) ::raise(SIGKILL);
-  if (lie == "killed") return say(picture(small, 2, 1));
   if (lie == "keeps all memory" || lie == "needs all memory") {
     say(asking(DecoderAnswer::Kind::memory, decodingBudget(coreCount() + 1).claimed));
     const auto granted = receiveMessage<DecoderRequest>(socket);
@@ -107,6 +102,5 @@ int main() {
       ::close(kControl);
       beDecoder(received->descriptor.number());
     }
-    ++generation;
   }
 }

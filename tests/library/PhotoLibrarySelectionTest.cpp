@@ -62,8 +62,7 @@ class PhotoLibrarySelectionTest : public QObject {
   }
 
   void selects() {
-    QFETCH(const Selection, row);
-    const auto& [steps, selection, current] = row;
+    const auto [steps, selection, current] = fetchedRow<Selection>();
     take(steps);
     const auto& indices = m_library->selectedIndices();
     QByteArrayList selected;
@@ -92,8 +91,7 @@ class PhotoLibrarySelectionTest : public QObject {
   }
 
   void movesAndShows() {
-    QFETCH(const Outcome, row);
-    const auto& [steps, moved, current, image, status] = row;
+    const auto [steps, moved, current, image, status] = fetchedRow<Outcome>();
     take(steps);
     QStringList remaining = numberedNames(10);
     for (const QString& name : m_platform->trash.moved) remaining.removeOne(name);

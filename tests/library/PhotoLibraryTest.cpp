@@ -66,9 +66,8 @@ class PhotoLibraryTest : public QObject {
 
   // After a folder with photos, nothing of which stays.
   void tellsHowOpeningWent() {
-    using Row = std::pair<QByteArray, QByteArray>;
-    QFETCH(const Row, row);
-    const QString files = QString::fromLatin1(row.first);
+    const auto [names, status] = fetchedRow<std::pair<QByteArray, QByteArray>>();
+    const QString files = QString::fromLatin1(names);
     const PhotoFolder before(numberedNames(3));
     m_library->openFolder(before.url());
     const PhotoFolder parent;
@@ -77,7 +76,7 @@ class PhotoLibraryTest : public QObject {
     for (const QString& file : files.split(u' ', Qt::SkipEmptyParts)) (void)parent.add(name + u'/' + file);
     m_platform.decoder.damaged = {QStringLiteral("%1bad.jpg")};
     m_library->openFolder(parent.url(name));
-    QCOMPARE(m_library->statusMessage(), QString::fromLatin1(row.second));
+    QCOMPARE(m_library->statusMessage(), QString::fromLatin1(status));
     QCOMPARE(m_library->statusIsError(), !m_library->statusMessage().startsWith(QStringLiteral("Loaded")));
     QCOMPARE(m_library->folderURL(), files.isEmpty() ? std::nullopt : std::optional(parent.url(name)));
     QCOMPARE(m_library->photoCount(), files.count(QStringLiteral(".jpg")));

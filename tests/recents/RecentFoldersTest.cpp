@@ -38,8 +38,7 @@ class RecentFoldersTest : public QObject {
   }
 
   void keepsTheNewest() {
-    QFETCH(const Case, row);
-    const auto& [stored, loaded, added, result] = row;
+    const auto [stored, loaded, added, result] = fetchedRow<Case>();
     const QString key = QStringLiteral("recentFolderPaths");
     FakePreferences preferences;
     // The last names no file, though the system would take it for the root.
