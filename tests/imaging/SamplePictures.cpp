@@ -4,22 +4,10 @@
 
 #include <QDir>
 #include <QTemporaryFile>
-#include <QtEndian>
 #include <cmath>
 #include <cstdlib>
 
 namespace samples {
-namespace {
-
-template <typename Number>
-QByteArray bigEndian(Number number) {
-  QByteArray bytes(sizeof(Number), '\0');
-  qToBigEndian(number, bytes.data());
-  return bytes;
-}
-
-}  // namespace
-
 QImage filled(const QColor& color, QSize size, QImage::Format format) {
   QImage image(size, format);
   image.fill(color);
@@ -77,8 +65,8 @@ QByteArray jpeg(const QImage& image, const JpegSpec& spec) {
 }
 
 QByteArray withSegment(const QByteArray& jpeg, unsigned char marker, const QByteArray& content) {
-  const QByteArray header = bigEndian<quint8>(0xff) + bigEndian(marker);
-  return QByteArray(jpeg).insert(2, header + bigEndian<quint16>(content.size() + 2) + content);
+  const QByteArray header = big<quint8>(0xff) + big<quint8>(marker);
+  return QByteArray(jpeg).insert(2, header + big<quint16>(content.size() + 2) + content);
 }
 
 QByteArray withProfile(const QByteArray& jpeg, const QByteArray& profile) {
@@ -98,7 +86,7 @@ QByteArray withChunk(const QByteArray& png, const QByteArray& name, const QByteA
   const QByteArray checked = name + content;
   const auto sum = crc32(0, reinterpret_cast<const Bytef*>(checked.constData()), static_cast<uInt>(checked.size()));
   constexpr qsizetype kAfterHeader = 8 + 25;
-  return QByteArray(png).insert(kAfterHeader, bigEndian<quint32>(content.size()) + checked + bigEndian<quint32>(sum));
+  return QByteArray(png).insert(kAfterHeader, big<quint32>(content.size()) + checked + big<quint32>(sum));
 }
 
 QByteArray tiff(std::map<quint16, quint32> fields, const QByteArray& samples, const QByteArray& colorMap) {
@@ -112,14 +100,14 @@ QByteArray tiff(std::map<quint16, quint32> fields, const QByteArray& samples, co
                  {TIFFTAG_STRIPBYTECOUNTS, size}});
   if (!colorMap.isEmpty()) fields[TIFFTAG_COLORMAP] = kSamplesAt + size;
   const auto directoryAt = static_cast<quint32>(kSamplesAt + samples.size() + colorMap.size());
-  QByteArray bytes = QByteArray("MM\0*", 4) + bigEndian(directoryAt) + samples + colorMap;
-  bytes += bigEndian<quint16>(fields.size());
+  QByteArray bytes = QByteArray("MM\0*", 4) + big<quint32>(directoryAt) + samples + colorMap;
+  bytes += big<quint16>(fields.size());
   const QByteArray oneNumber("\0\x04\0\0\0\x01", 6);
-  const QByteArray manyShortNumbers = QByteArray("\0\x03", 2) + bigEndian<quint32>(colorMap.size() / 2);
+  const QByteArray manyShortNumbers = QByteArray("\0\x03", 2) + big<quint32>(colorMap.size() / 2);
   for (const auto& [tag, value] : fields) {
-    bytes += bigEndian(tag) + (tag == TIFFTAG_COLORMAP ? manyShortNumbers : oneNumber) + bigEndian(value);
+    bytes += big<quint16>(tag) + (tag == TIFFTAG_COLORMAP ? manyShortNumbers : oneNumber) + big<quint32>(value);
   }
-  return bytes + bigEndian<quint32>(0);
+  return bytes + big<quint32>(0);
 }
 
 QByteArray carried(const char* name) {

@@ -4,6 +4,7 @@
 
 #include <QColorSpace>
 #include <QImage>
+#include <QtEndian>
 #include <cstdio>  // jpeglib.h needs it first
 #include <map>
 #include <random>
@@ -16,6 +17,14 @@
 
 // Small pictures made on the spot, and the pieces of files from which odd ones are put together.
 namespace samples {
+
+// A number in big-endian bytes.
+template <typename Number>
+QByteArray big(quint64 number) {
+  QByteArray bytes(sizeof(Number), '\0');
+  qToBigEndian(static_cast<Number>(number), bytes.data());
+  return bytes;
+}
 
 QImage filled(const QColor& color, QSize size = {32, 32}, QImage::Format format = QImage::Format_RGB32);
 // Four independent channels, of which CMYK alone uses the last. `roughness` 0: only smooth colors; 1: only noise.
