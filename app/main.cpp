@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QTimer>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -35,19 +36,28 @@ QByteArray decoderProgram() {
 }
 
 // Nothing is decoded or waited for any more once this goes, and nothing in the background needs what was made before
-// it.
+// it. Until then exit(), which the toolkit calls when its display is gone, ends the process at once: it would destroy
+// what threads are using.
 class BackgroundEnd {
  public:
-  explicit BackgroundEnd(ProcessImageDecoder& decoder) : m_decoder(decoder) {}
+  explicit BackgroundEnd(ProcessImageDecoder& decoder) : m_decoder(decoder) {
+    s_isRunning = true;
+    (void)workerPool();  // whatever is made before goes after this
+    std::atexit([] {
+      if (s_isRunning) std::_Exit(EXIT_FAILURE);
+    });
+  }
   BackgroundEnd(const BackgroundEnd&) = delete;
   BackgroundEnd& operator=(const BackgroundEnd&) = delete;
   ~BackgroundEnd() {
     m_decoder.stop();
     workerPool().clear();
     workerPool().waitForDone();
+    s_isRunning = false;
   }
 
  private:
+  static inline bool s_isRunning = false;
   ProcessImageDecoder& m_decoder;
 };
 

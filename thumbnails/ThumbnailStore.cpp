@@ -74,6 +74,7 @@ class ThumbnailLock {
 
 void setDecoder(ImageDecoder& decoder) {
   s_decoder = &decoder;
+  (void)imageCache();  // so that it goes after whatever is made later
 }
 
 QImage cachedThumbnail(const FileUrl& file, double maxPixelSize) {

@@ -35,8 +35,9 @@ void start(QProcess& program, const QStringList& arguments, const QByteArrayList
 }  // namespace
 
 using Case = std::tuple<QList<QByteArray>, Action, QList<QByteArray>, std::optional<ColorScheme>>;
-// Arguments, names and values of the environment in turn, what is said, and what is remembered.
-using Start = std::tuple<QStringList, QByteArrayList, QByteArray, QByteArray>;
+// Arguments, names and values of the environment in turn, what is done to the program $1 once it draws, what is said,
+// and what is remembered.
+using Start = std::tuple<QStringList, QByteArrayList, QByteArray, QByteArray, QByteArray>;
 
 // The program itself, started as a user starts it and ended as the session ends it.
 class ProgramTest : public QObject {
@@ -51,40 +52,69 @@ class ProgramTest : public QObject {
     QCOMPARE(::mkfifo((m_folder.url().path() + "/pipe").constData(), S_IRUSR), 0);
   }
 
-  void starts_data() {
+  void init() {
+    QVERIFY(QDir(QFile::decodeName(m_folder.addFolder(QStringLiteral("photos")).path())).removeRecursively());
+    (void)m_folder.addFolder(QStringLiteral("photos"));
+    static const QByteArray photo = samplePhoto({3000, 2000});
+    for (const char name : {'a', 'b', 'c', 'd', 'e', 'f'}) {
+      (void)m_folder.add(QStringLiteral("photos/%1.png").arg(QLatin1Char(name)), photo);
+    }
+    (void)m_folder.add(QStringLiteral("photos/g.png"), "damaged");  // its tile waits for ever, which draws frames
+  }
+
+  void goesOn_data() {
     const QByteArrayList noDriver{"QT_QPA_PLATFORM", "xcb", "QT_XCB_GL_INTEGRATION", "none"};
-    const QByteArray path = m_folder.url().path();
+    const QByteArray path = m_folder.url(QStringLiteral("photos")).path();
     const QString folder = QFile::decodeName(path);
     const QStringList own{QStringLiteral("-title"), QStringLiteral("x"), folder};
+    const QByteArrayList noFonts = kOffscreen + QByteArrayList{"FONTCONFIG_FILE", "/dev/null"};
+    const QByteArray starter = "kill -KILL $(cat /proc/$1/task/*/children)";
+    const QByteArray decoders =
+        "for each in $(cat /proc/$1/task/*/children); do "
+        "kill -KILL $(cat /proc/$each/task/*/children); done";
     addRows<Start>({
-        {"without a path", {{}, kOffscreen, "", ""}},
-        {"with a folder", {{folder}, kOffscreen, "", path}},
+        {"without a path", {{}, kOffscreen, "", "", ""}},
+        {"with a folder", {{folder}, kOffscreen, "", "", path}},
         {"with what is not there",
-         {{folder + QStringLiteral("/x")}, kOffscreen, "lumagrid: Could not open folder: ", ""}},
+         {{folder + QStringLiteral("/x")}, kOffscreen, "", "lumagrid: Could not open folder: ", ""}},
         {"with what is no picture",
-         {{folder + QStringLiteral("/notes.txt")},
+         {{folder + QStringLiteral("/../notes.txt")},
           kOffscreen,
+          "",
           "lumagrid: Could not open \"notes.txt\": not a supported image file.",
           ""}},
-        {"with a pipe", {{folder + QStringLiteral("/pipe")}, kOffscreen, "not a supported image file.", ""}},
-        {"with a link to a picture", {{folder + QStringLiteral("/link")}, kOffscreen, "", path}},
+        {"with a pipe", {{folder + QStringLiteral("/../pipe")}, kOffscreen, "", "not a supported image file.", ""}},
+        {"with a link to a picture",
+         {{folder + QStringLiteral("/../link")}, kOffscreen, "", "", m_folder.url().path()}},
         {"where no graphics driver works, with the toolkit's own options",
-         {own, noDriver, "lumagrid: no usable OpenGL driver", path}},
+         {own, noDriver, "", "lumagrid: no usable OpenGL driver", path}},
+        {"where there are no fonts", {{folder}, noFonts, "", "", path}},
+        {"while its folder vanishes", {{folder}, kOffscreen, "rm -r " + path, "", path}},
+        {"while its photos lose their permissions", {{folder}, kOffscreen, "chmod 0 " + path + "/*", "", path}},
+        {"without another descriptor", {{folder}, kOffscreen, "prlimit --pid $1 --nofile=3", "", ""}},
+        {"while its decoders are killed", {{folder}, kOffscreen, decoders, "", path}},
+        {"while what starts decoders is killed", {{folder}, kOffscreen, starter, "", path}},
     });
   }
 
-  void starts() {
-    QFETCH(const Start, row);
-    const auto& [arguments, environment, says, remembers] = row;
+  void goesOn() {
+    const auto [arguments, environment, done, says, remembers] = fetchedRow<Start>();
     QFile::remove(QFile::decodeName(kPreferences));
     QProcess program;
     start(program, arguments, environment);
     QByteArray said;
-    const auto draws = [&program, &said] {
-      return (said += program.readAllStandardError()).contains("rendered with 'software'");
+    const auto frames = [&program, &said] {
+      return (said += program.readAllStandardError()).count("rendered with 'software'");
     };
-    QTRY_VERIFY_WITH_TIMEOUT(draws() || program.state() == QProcess::NotRunning, 60'000);
-    QVERIFY2(draws(), said.constData());
+    QTRY_VERIFY_WITH_TIMEOUT(frames() > 0 || program.state() == QProcess::NotRunning, 60'000);
+    QVERIFY2(frames() > 0, said.constData());
+    if (!done.isEmpty()) {
+      QTRY_VERIFY_WITH_TIMEOUT(frames() > 5, 60'000);  // the first ones before the folder is open
+      const QByteArray script = "set -- " + QByteArray::number(program.processId()) + "; " + done;
+      QCOMPARE(std::system(script.constData()), 0);
+      const auto before = frames();
+      QTRY_VERIFY_WITH_TIMEOUT(frames() > before + 5, 60'000);
+    }
     QTRY_COMPARE(readFile(kPreferences).value_or("").contains(remembers), true);
     QVERIFY2(said.contains(says), said.constData());
     QCOMPARE(said.count("lumagrid:"), says.isEmpty() ? 0 : 1);
@@ -142,6 +172,23 @@ class ProgramTest : public QObject {
     QVERIFY(daemon.waitForFinished());
   }
 
+  // Neither hangs nor crashes.
+  void endsWithItsDisplay() {
+    QProcess display;
+    display.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1")});
+    QVERIFY2(display.waitForReadyRead(30'000), "Xvfb does not start");
+    QProcess program;
+    start(program, {QFile::decodeName(m_folder.url(QStringLiteral("photos")).path())},
+          {"QT_QPA_PLATFORM", "xcb", "QT_QUICK_BACKEND", "software", "DISPLAY", ":" + display.readLine().trimmed()});
+    QByteArray said;
+    QTRY_VERIFY_WITH_TIMEOUT((said += program.readAllStandardError()).contains("rendered with"), 60'000);
+    display.kill();
+    QVERIFY(program.waitForFinished(60'000));
+    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.exitCode(), EXIT_FAILURE);
+    display.waitForFinished();
+  }
+
   void parses_data() {
     const QByteArray here = QFile::encodeName(QDir::currentPath());
     const auto light = ColorScheme::light;
@@ -169,8 +216,7 @@ class ProgramTest : public QObject {
   }
 
   void parses() {
-    QFETCH(const Case, row);
-    const auto& [arguments, action, paths, appearance] = row;
+    const auto [arguments, action, paths, appearance] = fetchedRow<Case>();
     const CommandLine line = CommandLine::parse(arguments);
     QCOMPARE(line.action, action);
     QList<QByteArray> named;
