@@ -324,6 +324,8 @@ class DesktopTest : public QObject {
     QDBusConnection::disconnectFromBus(QStringLiteral("portal"));
     daemon.terminate();
     daemon.waitForFinished();
+    QTRY_VERIFY(!QDBusConnection::sessionBus().isConnected());
+    QCOMPARE(appearance.colorScheme(), ColorScheme::dark);  // stays as it was when the bus goes
   }
 };
 
