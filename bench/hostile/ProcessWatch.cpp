@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <string>
 
 namespace lumagrid {
@@ -28,9 +27,8 @@ std::int64_t kilobytesOf(pid_t process) {
   return resident * (::sysconf(_SC_PAGESIZE) / 1024);
 }
 
-// Each process's parent.
-std::map<pid_t, pid_t> allProcesses() {
-  std::map<pid_t, pid_t> parents;
+std::map<pid_t, ProcessState> allProcesses() {
+  std::map<pid_t, ProcessState> states;
   std::error_code gone;
   for (std::filesystem::directory_iterator each("/proc", gone), end; each != end; each.increment(gone)) {
     const std::string name = each->path().filename();
@@ -40,18 +38,18 @@ std::map<pid_t, pid_t> allProcesses() {
     std::getline(file, text);
     const std::size_t nameEnd = text.rfind(')');  // a name may hold anything
     if (nameEnd == std::string::npos || nameEnd + 4 > text.size()) continue;
-    parents[std::atoi(name.c_str())] = std::atoi(text.c_str() + nameEnd + 4);
+    states[std::atoi(name.c_str())] = {std::atoi(text.c_str() + nameEnd + 4), text[nameEnd + 2] == 'Z'};
   }
-  return parents;
+  return states;
 }
 
-bool descends(pid_t process, pid_t ancestor, const std::map<pid_t, pid_t>& parents) {
+bool descends(pid_t process, pid_t ancestor, const std::map<pid_t, ProcessState>& states) {
   constexpr int kDeepest = 8;
   for (int depth = 0; depth < kDeepest; ++depth) {
-    const auto found = parents.find(process);
-    if (found == parents.end()) return false;
-    if (found->second == ancestor) return true;
-    process = found->second;
+    const auto found = states.find(process);
+    if (found == states.end()) return false;
+    if (found->second.parent == ancestor) return true;
+    process = found->second.parent;
   }
   return false;
 }
@@ -75,11 +73,15 @@ ProcessWatch::Peaks ProcessWatch::takePeaks() {
 void ProcessWatch::look() {
   m_peaks.own = std::max(m_peaks.own, kilobytesOf(::getpid()));
   std::int64_t together = 0;
-  const auto parents = allProcesses();
-  for (const auto& [process, parent] : parents) {
-    if (descends(process, ::getpid(), parents)) together += kilobytesOf(process);
-  }
+  for (const auto& [process, state] : descendants()) together += kilobytesOf(process);
   m_peaks.descendants = std::max(m_peaks.descendants, together);
+}
+
+std::map<pid_t, ProcessState> descendants() {
+  const auto states = allProcesses();
+  auto found = states;
+  std::erase_if(found, [&](const auto& each) { return !descends(each.first, ::getpid(), states); });
+  return found;
 }
 
 int openDescriptors() {

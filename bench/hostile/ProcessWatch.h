@@ -1,7 +1,9 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
-#include <mutex>
+#include <map>
 #include <thread>
 
 namespace lumagrid {
@@ -26,6 +28,13 @@ class ProcessWatch {
   Peaks m_peaks;  // the thread's, until it has ended
   std::jthread m_thread;
 };
+
+struct ProcessState {
+  pid_t parent;
+  bool isZombie;
+};
+// The processes that descend from this one, by number.
+[[nodiscard]] std::map<pid_t, ProcessState> descendants();
 
 // That this process has open.
 [[nodiscard]] int openDescriptors();
