@@ -72,8 +72,11 @@ void serveWindow(int socket, const DecoderLimits& limits) {
   ready.process = ::getpid();
   ready.bytes = usedAddressSpace();
   ready.missingProtections = lockIn(socket, limits);
-  if (!sendMessage(socket, ready)) return;
-  SharedMemory memory(socket, limits.freeMemory);
+  if (sendMessage(socket, ready)) answerRequests(socket, limits.freeMemory);
+}
+
+void answerRequests(int socket, std::int64_t freeMemory) {
+  SharedMemory memory(socket, freeMemory);
   setPictureMemory(memory);
   while (true) {
     waitForWork(socket, memory);

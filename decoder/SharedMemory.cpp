@@ -1,6 +1,7 @@
 #include "SharedMemory.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -9,12 +10,17 @@
 
 namespace lumagrid {
 
+SharedMemory::~SharedMemory() {
+  if (m_small.memory != nullptr) ::munmap(m_small.memory, static_cast<std::size_t>(m_small.bytes));
+  while (!m_buffers.empty()) remove(m_buffers.begin()->first);
+}
+
 bool SharedMemory::add(const DecoderRequest& request, const FileDescriptor& memory) {
   if (const auto known = m_buffers.find(request.buffer); known != m_buffers.end()) {
     known->second.isGranted = true;
     return true;
   }
-  if (!memory.isOpen()) return false;
+  if (!memory.isOpen() || ::lseek(memory.number(), 0, SEEK_END) < request.bytes) return false;
   void* const address =
       ::mmap(nullptr, static_cast<std::size_t>(request.bytes), PROT_READ | PROT_WRITE, MAP_SHARED, memory.number(), 0);
   if (address == MAP_FAILED) return false;
@@ -86,6 +92,7 @@ void* SharedMemory::allocate(std::size_t bytes) {
     return std::malloc(bytes);
   }
   Mapped& buffer = m_buffers[answer->message.buffer];
+  if (buffer.isUsed || buffer.bytes < wanted) return std::malloc(bytes);
   buffer.isUsed = true;
   return buffer.memory;
 }

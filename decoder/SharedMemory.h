@@ -17,7 +17,11 @@ class SharedMemory : public PictureMemory {
  public:
   SharedMemory(int socket, std::int64_t freeMemory) : m_socket(socket), m_freeMemory(freeMemory) {}
 
-  // A buffer that comes along with a request. False when it cannot be mapped.
+  SharedMemory(const SharedMemory&) = delete;
+  SharedMemory& operator=(const SharedMemory&) = delete;
+  ~SharedMemory() override;
+
+  // A buffer that comes along with a request. False when it cannot be mapped, or is smaller than it says.
   [[nodiscard]] bool add(const DecoderRequest& request, const FileDescriptor& memory);
   void remove(std::int32_t number);
 
