@@ -113,7 +113,7 @@ bool filterCalls(int socket) {
 
 std::int64_t usedAddressSpace() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  return std::int64_t{1} << 46;  // a sanitizer reserves whatever it likes
+  return std::int64_t{1} << 47;  // a sanitizer reserves whatever it likes
 #else
   constexpr std::int64_t kThreads = std::int64_t{128} << 20;    // their stacks
   constexpr std::int64_t kLeftovers = std::int64_t{192} << 20;  // what the C library keeps of pictures before

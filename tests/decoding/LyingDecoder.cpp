@@ -72,7 +72,7 @@ void answer(const std::string& lie, int socket, std::int32_t small) {
 }
 
 [[noreturn]] void beDecoder(int socket) {
-  DecoderAnswer ready = asking(DecoderAnswer::Kind::ready, 1 << 30);
+  DecoderAnswer ready = asking(DecoderAnswer::Kind::ready, std::int64_t{1} << 47);
   ready.process = ::getpid();
   (void)sendMessage(socket, ready);
   std::int32_t small = -1;
