@@ -229,8 +229,9 @@ class DecoderProcessTest : public QObject {
       ::setrlimit(RLIMIT_NOFILE, &limit);
       const ImageError errors[] = {decoder.decode(honest).error, decoder.decodeBounded(honest, 500).error};
       ::setrlimit(RLIMIT_NOFILE, &before);
-      for (const ImageError error : errors)
+      for (const ImageError error : errors) {
         QVERIFY(error == ImageError::unavailable || (left > 0 && error == ImageError::none));
+      }
       QCOMPARE(decoder.decode(honest).pixels.size(), QSize(2, 1));
       QCOMPARE(decoder.decodeBounded(honest, 500).pixels.size(), QSize(2, 1));
     }
