@@ -70,14 +70,14 @@ void WindowKeys::press(int key) {
 void WindowKeys::hold(int key) {
   if (!m_heldKey) {
     connect(m_view->photosAhead(), &PhotosAhead::photoReady, this, &WindowKeys::stepInNextTurn, Qt::UniqueConnection);
-    m_view->photosAhead()->setHeld(true);
   }
   m_heldKey = key;
+  m_view->photosAhead()->setHeld(directionOf(key));
   stepInNextTurn();
 }
 
 void WindowKeys::release() {
-  if (std::exchange(m_heldKey, std::nullopt)) m_view->photosAhead()->setHeld(false);
+  if (std::exchange(m_heldKey, std::nullopt)) m_view->photosAhead()->setHeld(std::nullopt);
 }
 
 // After every event that waits already, among them perhaps the release of the key.

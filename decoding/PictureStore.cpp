@@ -14,7 +14,7 @@ namespace {
 // Before thumbnails, behind what the stage needs of the photo that it shows.
 constexpr int kPreparation = kUrgentWork - 1;
 // Then it is decoded once more, with more right to the processor.
-constexpr std::chrono::milliseconds kLongestWait(400);
+constexpr std::chrono::milliseconds kLongestWaitForJob(400);
 
 // Tells apart the contents that a path has had; nothing when there is no such file.
 std::optional<QByteArray> identity(const FileUrl& file) {
@@ -71,7 +71,7 @@ DecodedImage PictureStore::decode(const FileUrl& file) {
     if (job && !job->isTaken.test_and_set()) {
       drop(job);
     } else if (job) {
-      m_jobEnded.wait_for(lock, kLongestWait, [&] { return jobOf(file) != job; });
+      m_jobEnded.wait_for(lock, kLongestWaitForJob, [&] { return jobOf(file) != job; });
     }
   }
   auto picture = imageCache().object(*wanted);

@@ -20,7 +20,7 @@ PhotosAhead::PhotosAhead(const PhotoLibrary& library, ImageDecoder& decoder) : m
 void PhotosAhead::setOnStage(bool isOnStage) {
   if (isOnStage == m_isOnStage) return;
   m_isOnStage = isOnStage;
-  m_isHeld = false;
+  m_held.reset();
   m_direction = 1;
   m_index = m_library.currentIndex();
   isOnStage ? awaitFrame() : prepare();
@@ -47,9 +47,10 @@ void PhotosAhead::timerEvent(QTimerEvent* event) {
   prepare();
 }
 
-void PhotosAhead::setHeld(bool isHeld) {
-  if (isHeld == m_isHeld) return;
-  m_isHeld = isHeld;
+void PhotosAhead::setHeld(std::optional<Step> step) {
+  if (step == m_held) return;
+  m_held = step;
+  if (step) m_direction = step == Step::next ? 1 : -1;
   prepare();
 }
 
@@ -58,13 +59,13 @@ void PhotosAhead::follow() {
   if (index != m_index) m_direction = index > m_index ? 1 : -1;
   m_index = index;
   if (!m_isOnStage) return;
-  m_isHeld ? prepare() : awaitFrame();  // while an arrow is held, the next photo is due at once
+  m_held ? prepare() : awaitFrame();  // while an arrow is held, the next photo is due at once
 }
 
 std::vector<FileUrl> PhotosAhead::filesAhead() const {
   std::vector<FileUrl> files;
   if (!m_isOnStage) return files;
-  const std::array<qint64, 3> ahead = m_isHeld ? std::array<qint64, 3>{1, 2, 3} : std::array<qint64, 3>{1, -1, 2};
+  const std::array<qint64, 3> ahead = m_held ? std::array<qint64, 3>{1, 2, 3} : std::array<qint64, 3>{1, -1, 2};
   for (const qint64 steps : ahead) {
     const qint64 index = m_index + steps * m_direction;
     if (index >= 0 && index < m_library.photoCount()) {

@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QObject>
 #include <QSet>
+#include <optional>
 #include <vector>
 
 #include "FileUrl.h"
@@ -37,8 +38,8 @@ class PhotosAhead : public QObject {
   void setStage(const PhotoStage& stage);
   // A frame shows the current photo: the processor is free for others.
   void photoShown();
-  // Whether an arrow is held.
-  void setHeld(bool isHeld);
+  // The step that a held arrow makes, as long as one is held.
+  void setHeld(std::optional<Step> step);
 
   // Whether this step need not be waited for, as far as anybody works on it.
   [[nodiscard]] bool isReady(Step step) const;
@@ -59,7 +60,7 @@ class PhotosAhead : public QObject {
   const PhotoLibrary& m_library;
   ImageDecoder& m_decoder;
   bool m_isOnStage = false;
-  bool m_isHeld = false;
+  std::optional<Step> m_held;
   PhotoStage m_stage;
   QBasicTimer m_stageSettles;
   qint64 m_index = -1;  // of the photo on the stage

@@ -1,3 +1,4 @@
+#include <QScopeGuard>
 #include <QSemaphore>
 #include <QTest>
 #include <mutex>
@@ -152,11 +153,13 @@ class AheadTest : public QObject {
     QVERIFY(expects({41, 39, 42}));
     library.showPrevious();
     QVERIFY(expects({38, 40, 37}));
-    ahead.setHeld(true);
+    ahead.setHeld(PhotosAhead::Step::next);  // the other way
+    QVERIFY(expects({40, 41, 42}));
+    ahead.setHeld(PhotosAhead::Step::previous);
     QVERIFY(expects({38, 37, 36}));
     library.showPrevious();
     QVERIFY(expects({37, 36, 35}));
-    ahead.setHeld(false);
+    ahead.setHeld(std::nullopt);
     library.openPhoto(0);
     QVERIFY(expects({1}));
     library.openPhoto(10);
@@ -184,6 +187,9 @@ class AheadTest : public QObject {
   }
 
   void thumbnailsAreMadeScreensAhead() {
+    const int threads = workerPool().maxThreadCount();
+    workerPool().setMaxThreadCount(1);  // so that what was asked for first is begun first
+    const auto restore = qScopeGuard([threads] { workerPool().setMaxThreadCount(threads); });
     GatedDecoder decoder;
     decoder.gate.release(1000);
     ThumbnailStore::setDecoder(decoder);
