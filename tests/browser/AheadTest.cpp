@@ -100,11 +100,11 @@ class AheadTest : public QObject {
     QCOMPARE(decoder.begun().size(), 1 + atOnce);
     // So is what waits for a thread.
     QSemaphore busy;
-    for (int thread = 0; thread < workerPool().maxThreadCount(); ++thread)
-      startWork([&] { busy.acquire(); }, kUrgentWork);
+    const int threads = workerPool().maxThreadCount();
+    for (int thread = 0; thread < threads; ++thread) startWork([&] { busy.acquire(); }, kUrgentWork);
     (void)store.prepare(files({70}), nothing);
     (void)store.prepare({}, nothing);
-    busy.release(workerPool().maxThreadCount());
+    busy.release(threads);
     QVERIFY(workerPool().waitForDone(5000));
     QCOMPARE(decoder.begun().size(), 1 + atOnce);
   }
