@@ -100,6 +100,32 @@ class DecoderProcessTest : public QObject {
     QCOMPARE(shown, before);
   }
 
+  // Until told, or busy with thumbnails, it keeps memory for the next picture.
+  void memoryIsKeptForPicturesOnly() {
+    ProcessImageDecoder decoder(LUMAGRID_DECODER);
+    const FileUrl photo = m_folder.add(QStringLiteral("large.png"), samplePhoto({1500, 1000}));
+    (void)decoder.decodeBounded(photo, 300);
+    (void)decoder.decode(photo);
+    const auto kept = openDescriptors();
+    decoder.giveMemoryBack();
+    QCOMPARE(openDescriptors(), kept - 1);
+    (void)decoder.decode(photo);
+    QCOMPARE(openDescriptors(), kept);
+    (void)decoder.decodeBounded(photo, 300);
+    QCOMPARE(openDescriptors(), kept - 1);
+  }
+
+  // What fails in the background is tried again for whoever waits, once.
+  void backgroundFailuresAreForgotten() {
+    ProcessImageDecoder decoder(LYING_DECODER);
+    const FileUrl crashing = file("crashes");
+    QVERIFY(decoder.decodeInBackground(crashing).pixels.isNull());
+    for (const int deaths : {2, 2}) {
+      QVERIFY(decoder.decode(crashing).pixels.isNull());
+      QCOMPARE(decoder.decoderDeaths(), std::uint64_t(deaths));
+    }
+  }
+
   void liesAreCaught_data() {
     addRows<QByteArray>({
       {"more pixels than the buffer has", "large"}, {"a product that overflows", "huge"},
