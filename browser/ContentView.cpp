@@ -23,6 +23,8 @@ ContentView::ContentView(const PhotoLibrary::Services& services, const Shared& s
     : QObject(parent),
       m_library(services),
       m_photosAhead(m_library, services.decoder),
+      m_thumbnailsAhead(
+          m_library, {GridMetrics::fitting(kLeastStage, kInitialGridDimension), kInitialGridDimension, 0, kLeastStage}),
       m_shared(shared),
       m_photoCountObserver([this] { return m_library.photoCount(); },
                            [this](std::int64_t count) {
@@ -154,6 +156,7 @@ void ContentView::refuse(const FileUrl& file) {
 void ContentView::setBrowserMode(BrowserMode mode) {
   m_browserMode = mode;
   m_photosAhead.setOnStage(mode == BrowserMode::detail);
+  if (mode == BrowserMode::detail) m_thumbnailsAhead.followStage(m_library.currentIndex());
   Q_EMIT browserModeChanged();
 }
 

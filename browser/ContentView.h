@@ -152,7 +152,7 @@ class ContentView : public QObject {
   PhotoLibrary m_library;
   ShownLibrary m_shown{m_library};
   PhotosAhead m_photosAhead;
-  ThumbnailsAhead m_thumbnailsAhead{m_library};
+  ThumbnailsAhead m_thumbnailsAhead;
   Shared m_shared;
   BrowserMode m_browserMode = BrowserMode::grid;
   std::int64_t m_gridDimension = kInitialGridDimension;

@@ -45,7 +45,7 @@ void ThumbnailsAhead::followStage(std::int64_t index) {
 void ThumbnailsAhead::timerEvent(QTimerEvent* event) {
   if (event->timerId() != m_stageSettles.timerId()) return;
   m_stageSettles.stop();
-  if (m_layout.viewport.isEmpty() || m_stageIndex < 0 || m_stageIndex >= m_library.photoCount()) return;
+  if (m_stageIndex < 0 || m_stageIndex >= m_library.photoCount()) return;
   m_layout.count = m_library.photoCount();
   const auto [first, last] = m_layout.visibleIndices(m_layout.centeringContentY(m_stageIndex));
   std::vector<std::int64_t> screen;

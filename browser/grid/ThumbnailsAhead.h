@@ -19,8 +19,8 @@ class PhotoLibrary;
 // grid comes back. What has not begun is dropped when the grid shows something else. Main thread.
 class ThumbnailsAhead : public QObject {
  public:
-  // `library` outlives this.
-  explicit ThumbnailsAhead(const PhotoLibrary& library) : m_library(library) {}
+  // `library` outlives this. `layout`: of a grid that has not been shown yet.
+  ThumbnailsAhead(const PhotoLibrary& library, const GridLayout& layout) : m_library(library), m_layout(layout) {}
 
   // The grid shows these tiles, [first, last).
   void follow(const GridLayout& layout, std::int64_t first, std::int64_t last);

@@ -197,7 +197,7 @@ class AheadTest : public QObject {
     PhotoLibrary library(platform.services());
     library.openFolder(m_folder->url());
     const GridLayout layout{GridMetrics::fitting({600, 600}, 4), 4, 80, {600, 600}};
-    ThumbnailsAhead ahead(library);
+    ThumbnailsAhead ahead(library, layout);
     QByteArrayList made;
     // Both screens [first, last) of photos, this one first but for what is made side by side.
     const auto makes = [&](std::pair<int, int> near, std::pair<int, int> far) {
@@ -229,6 +229,9 @@ class AheadTest : public QObject {
     QTRY_VERIFY(decoder.begun().mid(made.size()).contains("#43.jpg"));
     made = decoder.begun().mid(made.size());
     QVERIFY(made.indexOf("#33.jpg") < made.indexOf("#42.jpg"));
+    ThumbnailsAhead unseen(library, layout);  // whose grid never was
+    unseen.followStage(79);
+    QTRY_VERIFY(decoder.begun().last() == "#79.jpg");
   }
 
  private:
